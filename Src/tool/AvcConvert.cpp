@@ -1,0 +1,141 @@
+#include "tool/AvcConvert.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+#include "tool/StreamTool.h"
+
+namespace Orbel::Wrapton
+{
+namespace
+{
+
+using ByteSpan = std::span<const unsigned char>;
+
+constexpr unsigned kNalTypeSps = 7;
+constexpr unsigned kNalTypePps = 8;
+
+/// A start code: where it begins, counting the zero byte of the four-byte form, and where the NAL
+/// unit behind it does.
+struct StartCode
+{
+    size_t begin;
+    size_t unit;
+};
+
+/// The first start code at or behind @p from; both places are the data's end when there is none.
+StartCode FindStartCode(ByteSpan data, size_t from)
+{
+    const unsigned char* const bytes = data.data();
+    const size_t size = data.size();
+    // The byte 01 is rarer than 00 in coded data and ends every start code: look for it alone.
+    for (size_t at = from + 2; at < size; ++at)
+    {
+        const void* const hit = std::memchr(bytes + at, 1, size - at);
+        if (hit == nullptr) break;
+
+        at = static_cast<size_t>(static_cast<const unsigned char*>(hit) - bytes);
+        if (bytes[at - 1] != 0 || bytes[at - 2] != 0) continue;
+
+        const bool long_form = at - 2 > from && bytes[at - 3] == 0;
+        const size_t begin = long_form ? at - 3 : at - 2;
+        // Four bytes must be left at the beginning, so "00 00 01" right at the end does not count.
+        if (begin + 3 < size) return {begin, at + 1};
+    }
+    return {size, size};
+}
+
+/// The first NAL unit of @p type, without its start code; empty when there is none.
+ByteSpan FindUnit(ByteSpan data, unsigned type)
+{
+    StartCode code = FindStartCode(data, 0);
+    while (code.unit < data.size() && (data[code.unit] & 0x1Fu) != type)
+    {
+        code = FindStartCode(data, code.unit);
+    }
+    const size_t end = FindStartCode(data, code.unit).begin;
+    return data.subspan(code.unit, end - code.unit);
+}
+
+int32_t CopyUnit(ByteSpan unit, unsigned char* out, unsigned int outCap)
+{
+    if (unit.empty() || unit.size() > outCap || unit.size() > INT_MAX || out == nullptr) return 0;
+
+    std::memcpy(out, unit.data(), unit.size());
+    return static_cast<int32_t>(unit.size());
+}
+
+struct Conversion
+{
+    size_t written;
+    bool whole;
+};
+
+Conversion Convert(ByteSpan data, std::span<unsigned char> out)
+{
+    size_t written = 0;
+    StartCode code = FindStartCode(data, 0);
+    while (code.begin < data.size())
+    {
+        const StartCode next = FindStartCode(data, code.unit);
+        const size_t length = next.begin - code.unit;
+        const size_t room = out.size() - written;
+        if (room < 4 || length > room - 4) return {written, false};
+
+        written += MSB_uint32_to_memory(&out[written], static_cast<uint32_t>(length));
+        if (length != 0) std::memcpy(&out[written], &data[code.unit], length);
+        written += length;
+        code = next;
+    }
+    return {written, true};
+}
+
+ByteSpan AsSpan(const unsigned char* data, unsigned int len)
+{
+    return data != nullptr ? ByteSpan(data, len) : ByteSpan();
+}
+
+}  // namespace
+
+int32_t CAvcConvert::getSPS(const unsigned char* data,
+                            unsigned int len,
+                            unsigned char* out,
+                            unsigned int outCap) const noexcept
+{
+    if (outCap == 0 || out == nullptr) return -1;
+
+    return CopyUnit(FindUnit(AsSpan(data, len), kNalTypeSps), out, outCap);
+}
+
+int32_t CAvcConvert::getPPS(const unsigned char* data,
+                            unsigned int len,
+                            unsigned char* out,
+                            unsigned int outCap) const noexcept
+{
+    // Kept: asks for both to be missing where getSPS() asks for either.
+    if (outCap == 0 && out == nullptr) return -1;
+
+    return CopyUnit(FindUnit(AsSpan(data, len), kNalTypePps), out, outCap);
+}
+
+int32_t CAvcConvert::H264ToAvc(const unsigned char* data,
+                               unsigned int len,
+                               unsigned char* out,
+                               unsigned int outCap) const noexcept
+{
+    if (outCap == 0 || out == nullptr) return -1;
+
+    const size_t room = std::min<size_t>(outCap, INT_MAX);
+    return static_cast<int32_t>(Convert(AsSpan(data, len), {out, room}).written);
+}
+
+std::optional<size_t> CAvcConvert::ConvertWhole(std::span<const unsigned char> data,
+                                                std::span<unsigned char> out) noexcept
+{
+    const Conversion result = Convert(data, out);
+    if (!result.whole) return std::nullopt;
+    return result.written;
+}
+
+}  // namespace Orbel::Wrapton

@@ -1,0 +1,48 @@
+#ifndef WRAPTON_TOOL_CLOCK_H
+#define WRAPTON_TOOL_CLOCK_H
+
+#include <cstdint>
+#include <ctime>
+
+namespace Orbel::Wrapton
+{
+
+/**
+ * Where the library gets time and chance from. Everything goes through the set that is installed,
+ * so that a test can fix it; the functions may be called from any thread.
+ */
+struct Sources
+{
+    /// Seconds since 1970-01-01 UTC.
+    int64_t (*now)() noexcept;
+    /// Breaks a time down in the local time zone; false when that cannot be done.
+    bool (*local_time)(int64_t time, std::tm& broken_down) noexcept;
+    /// 32 random bits.
+    uint32_t (*random)() noexcept;
+};
+
+/// The operating system's clock, time zone and random numbers.
+const Sources& SystemSources() noexcept;
+
+/// Installs @p sources, which must outlive their use, for the whole process; null brings the
+/// system's back.
+void InstallSources(const Sources* sources) noexcept;
+
+/// The current time in seconds since 1904-01-01 UTC, cut to 32 bits: the time unit of movie
+/// headers, ISO/IEC 14496-12 8.2.2.3.
+uint32_t get_current_mp4_time() noexcept;
+
+/// The current time in seconds since 1970-01-01 UTC.
+int64_t get_current_utc_time() noexcept;
+
+/// @p t (seconds since 1970; the current time for 0) in local time as a packed date word: year
+/// since 2000 in 6 bits, month 4, day 5, hour 5, minute 6, second 6, from the top down. 0 when the
+/// time cannot be broken down.
+uint32_t get_current_omf_time(long t) noexcept;
+
+/// 32 random bits.
+uint32_t get_random() noexcept;
+
+}  // namespace Orbel::Wrapton
+
+#endif  // WRAPTON_TOOL_CLOCK_H
