@@ -1,5 +1,6 @@
 #include "PackageImpl.h"
 
+#include "mp4packet/Mp4Packet.h"
 #include "wavpacket/WavPacket.h"
 
 namespace Orbel::Wrapton
@@ -9,6 +10,12 @@ std::unique_ptr<CPackage> CreatePackage(unsigned int nType, const SGCreateParam*
 {
     switch (nType)
     {
+        case SG_STREAM_TYPE_MP4:
+        case SG_STREAM_TYPE_MOV:
+        case SG_STREAM_TYPE_MP4_NOSEEK:
+        case SG_STREAM_TYPE_MP4_64:
+        case SG_STREAM_TYPE_MOV_64:
+            return std::make_unique<CMp4Packet>(nType, pCreateParam);
         case SG_STREAM_TYPE_WAV:
             return std::make_unique<CWavPacket>(nType, pCreateParam);
         default:
