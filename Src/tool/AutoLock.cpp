@@ -31,7 +31,7 @@ void CSGMutex::Unlock() noexcept
     if (m_pData != nullptr) pthread_mutex_unlock(m_pData.get());
 }
 
-CSGAutoMutexLock::CSGAutoMutexLock(CSGMutex& mutex) noexcept : m_csMutex(mutex), m_bLocked(true)
+CSGAutoMutexLock::CSGAutoMutexLock(CSGMutex& mutex) noexcept : m_csMutex(mutex)
 {
     m_csMutex.Lock();
 }

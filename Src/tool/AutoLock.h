@@ -40,7 +40,7 @@ public:
 
 private:
     CSGMutex& m_csMutex;
-    bool m_bLocked;
+    bool m_bLocked = true;
 };
 
 }  // namespace Orbel::Wrapton
