@@ -89,6 +89,8 @@ int CMp4Packet::Init()
     m_pFree = std::move(free);
     m_pMoov = std::move(moov);
     m_pMdat = std::move(mdat);
+    m_bVideo = false;
+    m_bAudio = false;
     return SG_ERR_NOERR;
 }
 

@@ -22,22 +22,24 @@ constexpr uint32_t kDecoderConfigFixedLen = 1 + 1 + 11;
 constexpr uint32_t kSlConfigLen = 1;
 
 /// ISO/IEC 14496-3 table 1.16; the last three indexes are reserved.
-constexpr std::array<uint32_t, 16> kSamplingFrequencies = {96000,
-                                                           88200,
-                                                           64000,
-                                                           48000,  //
-                                                           44100,
-                                                           32000,
-                                                           24000,
-                                                           22050,  //
-                                                           16000,
-                                                           12000,
-                                                           11025,
-                                                           8000,  //
-                                                           7350,
-                                                           0,
-                                                           0,
-                                                           0};
+constexpr std::array<uint32_t, 16> kSamplingFrequencies = {
+    96000,
+    88200,
+    64000,
+    48000,
+    44100,
+    32000,
+    24000,
+    22050,
+    16000,
+    12000,
+    11025,
+    8000,
+    7350,
+    0,
+    0,
+    0,
+};
 
 /// A tag, three bytes that say "the length goes on", and the length.
 void PutDescriptor(CMsbCursor& w, uint32_t tag, uint32_t length)

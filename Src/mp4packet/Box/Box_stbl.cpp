@@ -45,8 +45,8 @@ void CBox_stbl::Init(uint32_t nType, void* pInfo)
 
 bool CBox_stbl::Reserve()
 {
-    return m_pStss->Reserve() && m_pStsz->Reserve() &&
-           (m_pStco != nullptr ? m_pStco->Reserve() : m_pCo64->Reserve());
+    if (m_nType == MP4_VIDEO_TRAK && !m_pStss->Reserve()) return false;
+    return m_pStsz->Reserve() && (m_pStco != nullptr ? m_pStco->Reserve() : m_pCo64->Reserve());
 }
 
 void CBox_stbl::InputData(uint32_t nType, void* pInfo)
