@@ -1,7 +1,7 @@
 #include "mp4packet/Box/Box_co64.h"
 
-#include "Wrapton.h"
-#include "mp4packet/Box/HeaderFields.h"
+#include <array>
+
 #include "tool/StreamTool.h"
 
 namespace Orbel::Wrapton
@@ -9,44 +9,17 @@ namespace Orbel::Wrapton
 namespace
 {
 
-constexpr uint32_t kEntryLen = 8;
+using Entry = std::array<unsigned char, 8>;
 
 }  // namespace
 
-CBox_co64::CBox_co64(uint32_t nMode) : CBox(CO64, nMode)
-{
-    CBox_co64::Update();
-}
-
-bool CBox_co64::Reserve() noexcept
-{
-    return m_pData.Reserve(kEntryLen) == SG_ERR_NOERR;
-}
+CBox_co64::CBox_co64(uint32_t nMode) : CChunkOffsets(CO64, nMode, Entry{}.size()) {}
 
 void CBox_co64::InputOffset(uint64_t nOffset)
 {
-    if (!Reserve()) return;
-
-    unsigned char entry[kEntryLen];
-    MSB_uint64_to_memory(entry, nOffset);
-    m_pData.AppendBuffer(entry, kEntryLen);
-    ++m_nEntryCount;
-}
-
-void CBox_co64::Update()
-{
-    m_nDataLen = 4 + 4 + kEntryLen * m_nEntryCount;
-    CBox::Update();
-}
-
-void CBox_co64::PutData(CMsbCursor& w) const
-{
-    // Kept: the line names the 32-bit box.
-    const CPayloadCheck check(w, m_nDataLen, "CBox_stco:WriteData error!\n");
-
-    PutFullBox(w, 0, 0);
-    w.U32(m_nEntryCount);
-    w.Bytes(m_pData.Data());
+    Entry entry;
+    MSB_uint64_to_memory(entry.data(), nOffset);
+    Append(entry);
 }
 
 }  // namespace Orbel::Wrapton
