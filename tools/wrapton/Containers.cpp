@@ -1,0 +1,138 @@
+#include "Containers.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <filesystem>
+#include <iterator>
+
+#include "Failure.h"
+
+namespace Orbel::Wrapton::Command
+{
+namespace
+{
+
+constexpr std::array<std::string_view, 2> kMp4Extensions = {".mp4", ".m4v"};
+constexpr std::array<std::string_view, 2> kMovExtensions = {".mov", ".qt"};
+constexpr std::array<std::string_view, 2> kWavExtensions = {".wav", ".wave"};
+
+constexpr std::array kMp4Video = {Codec::kH264, Codec::kMpeg4, Codec::kMjpeg};
+constexpr std::array kMp4Audio = {Codec::kAac, Codec::kMp2};
+constexpr std::array kWavAudio = {Codec::kAlaw, Codec::kS16le};
+
+constexpr Container Mp4Family(std::string_view name,
+                              unsigned int type,
+                              std::span<const std::string_view> extensions)
+{
+    return {.name = name,
+            .type = type,
+            .extensions = extensions,
+            .video = kMp4Video,
+            .audio = kMp4Audio,
+            .audio_needs_video = true,
+            .constant_rate = true,
+            .takes_reserve = true,
+            .ignores_closing_block_at_start = type == SG_STREAM_TYPE_MP4_NOSEEK,
+            .labels_8000_mono_pcm = false};
+}
+
+constexpr std::array kContainers = {
+    Mp4Family("mp4", SG_STREAM_TYPE_MP4, kMp4Extensions),
+    Mp4Family("mov", SG_STREAM_TYPE_MOV, kMovExtensions),
+    Mp4Family("mp464", SG_STREAM_TYPE_MP4_64, {}),
+    Mp4Family("mov64", SG_STREAM_TYPE_MOV_64, {}),
+    Mp4Family("mp4noseek", SG_STREAM_TYPE_MP4_NOSEEK, {}),
+    Container{.name = "wav",
+              .type = SG_STREAM_TYPE_WAV,
+              .extensions = kWavExtensions,
+              .video = {},
+              .audio = kWavAudio,
+              .audio_needs_video = false,
+              .constant_rate = false,
+              .takes_reserve = false,
+              .ignores_closing_block_at_start = false,
+              .labels_8000_mono_pcm = true},
+};
+
+std::string LowerCase(std::string text)
+{
+    std::transform(text.begin(),
+                   text.end(),
+                   text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+/// The offered names in one line, for messages.
+std::string OfferedNames()
+{
+    std::string names;
+    for (const Container& container : OfferedContainers())
+        names.append(names.empty() ? "" : ", ").append(container.name);
+    return names;
+}
+
+const Container* FindByName(const std::string& name)
+{
+    const auto found = std::find_if(kContainers.begin(),
+                                    kContainers.end(),
+                                    [&](const auto& entry) { return entry.name == name; });
+    return found == kContainers.end() ? nullptr : &*found;
+}
+
+const Container* FindByExtension(const std::string& extension)
+{
+    const auto found = std::find_if(kContainers.begin(),
+                                    kContainers.end(),
+                                    [&](const auto& entry)
+                                    {
+                                        return std::find(entry.extensions.begin(),
+                                                         entry.extensions.end(),
+                                                         extension) != entry.extensions.end();
+                                    });
+    return found == kContainers.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+std::span<const Container> AllContainers()
+{
+    return kContainers;
+}
+
+bool IsOffered(const Container& container)
+{
+    void* handle = SG_CreateHandle(container.type, nullptr);
+    if (handle == nullptr) return false;
+    SG_DestroyHandle(handle);
+    return true;
+}
+
+std::vector<Container> OfferedContainers()
+{
+    std::vector<Container> offered;
+    std::copy_if(kContainers.begin(), kContainers.end(), std::back_inserter(offered), IsOffered);
+    return offered;
+}
+
+const Container& ChooseContainer(const std::string& name, const std::string& output)
+{
+    const std::string extension = LowerCase(std::filesystem::path(output).extension().string());
+    const Container* container =
+        name.empty() ? FindByExtension(extension) : FindByName(LowerCase(name));
+    if (container == nullptr && name.empty())
+        throw Failure(output + ": the extension names no container; say --to with one of " +
+                      OfferedNames());
+    if (container == nullptr || !IsOffered(*container))
+        throw Failure("no container " + (name.empty() ? std::string(container->name) : name) +
+                      " in this build; it offers " + OfferedNames());
+    return *container;
+}
+
+bool Accepts(std::span<const Codec> accepted, Codec codec)
+{
+    return std::find(accepted.begin(), accepted.end(), codec) != accepted.end();
+}
+
+}  // namespace Orbel::Wrapton::Command

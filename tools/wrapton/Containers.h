@@ -1,0 +1,49 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Codecs.h"
+
+namespace Orbel::Wrapton::Command
+{
+
+/// What the command has to know of a container beyond its number.
+struct Container
+{
+    std::string_view name;  ///< for --to
+    unsigned int type;      ///< SG_STREAM_TYPE
+    std::span<const std::string_view> extensions;
+    std::span<const Codec> video;
+    std::span<const Codec> audio;
+    /// Audio is dropped until the first I picture, so audio alone is stored nowhere.
+    bool audio_needs_video;
+    /// Pictures get one duration for all and no composition times.
+    bool constant_rate;
+    /// SGHeaderInfo::pre_header_len has a meaning.
+    bool takes_reserve;
+    /// The tailer emits a block at position 0 that an appending sink must not place: it would
+    /// overwrite the file's beginning.
+    bool ignores_closing_block_at_start;
+    /// The header says 8000 Hz, mono, 16-bit PCM whatever is in the file.
+    bool labels_8000_mono_pcm;
+};
+
+/// Every container the command knows, whether or not the library at hand builds it.
+std::span<const Container> AllContainers();
+
+/// True when the library gives a handle for the container.
+bool IsOffered(const Container& container);
+
+/// The offered containers.
+std::vector<Container> OfferedContainers();
+
+/// Finds the container for a recording: by its name when that is given, otherwise by the extension
+/// of the output. Throws Failure when there is none, or the library does not build it.
+const Container& ChooseContainer(const std::string& name, const std::string& output);
+
+bool Accepts(std::span<const Codec> accepted, Codec codec);
+
+}  // namespace Orbel::Wrapton::Command

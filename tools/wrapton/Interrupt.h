@@ -1,0 +1,13 @@
+#pragma once
+
+namespace Orbel::Wrapton::Command
+{
+
+/// From here on SIGINT and SIGTERM are noted instead of ending the process. The second one of a
+/// kind ends it at once, so that a stuck file system cannot hold the user.
+void CatchInterrupts();
+
+/// The signal that was noted, 0 while there is none.
+int CaughtSignal();
+
+}  // namespace Orbel::Wrapton::Command

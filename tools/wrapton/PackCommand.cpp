@@ -1,0 +1,172 @@
+#include "PackCommand.h"
+
+#include <unistd.h>
+
+#include <iostream>
+#include <memory>
+#include <utility>
+
+#include "Failure.h"
+#include "Inputs.h"
+#include "Interrupt.h"
+#include "Recording.h"
+
+namespace Orbel::Wrapton::Command
+{
+namespace
+{
+
+constexpr uint32_t kMostReserve = 64U << 20;  // SGHeaderInfo::pre_header_len
+constexpr unsigned int kMostRate = 1000;      // pictures per second
+constexpr int kMostSampleRate = 768000;
+constexpr int kMostChannels = 64;
+
+/// The positionals are read as one list, because options may stand between them and behind them.
+class PackFormatter final : public CLI::Formatter
+{
+public:
+    std::string make_usage(const CLI::App*, std::string) const override
+    {
+        return "Usage: wrapton pack [OPTIONS] INPUT... OUTPUT\n";
+    }
+};
+
+struct PackOptions
+{
+    InputRequest inputs;
+    std::vector<std::string> files;  ///< the last one is the output
+    std::string to;
+    uint32_t reserve = 0;
+    bool json = false;
+    bool progress = false;
+};
+
+ProgressStyle StyleOf(const PackOptions& options)
+{
+    if (options.progress)
+        return options.json ? ProgressStyle::kKeyValueStderr : ProgressStyle::kKeyValueStdout;
+    return isatty(STDERR_FILENO) == 1 ? ProgressStyle::kBar : ProgressStyle::kNone;
+}
+
+void Record(const PackOptions& options, ProgressMeter& meter, Report& report)
+{
+    const Container& container = ChooseContainer(options.to, report.output);
+    report.container = container.name;
+    report.type = container.type;
+    report.reserve = options.reserve;
+
+    CatchInterrupts();
+    Inputs inputs = OpenInputs(options.inputs);
+    report.left_out = std::move(inputs.left_out);
+    Recording recording(container, std::move(inputs.sources), meter, report);
+    if (!recording.HasSomething()) return;
+
+    OutputFile output(report.output, options.inputs.AllFiles());
+    recording.Run(output);
+    report.notes = NotesOn(report, container);
+}
+
+int ExitCodeOf(const Report& report)
+{
+    if (!report.error.empty()) return kExitFailed;
+    if (report.signal != 0) return kExitSignal + report.signal;
+    for (const StreamReport& stream : report.streams)
+        if (!stream.refusal.empty()) return kExitStreamRefused;
+    return kExitDone;
+}
+
+void PrintErrors(const Report& report)
+{
+    for (const StreamReport& stream : report.streams)
+        if (!stream.refusal.empty()) std::cerr << "wrapton: " << stream.refusal << '\n';
+    if (!report.error.empty()) std::cerr << "wrapton: " << report.error << '\n';
+    if (report.error.empty() && report.signal != 0)
+        std::cerr << "wrapton: interrupted; "
+                  << (report.output_complete ? report.output + " is complete up to here"
+                                             : std::string("nothing was written"))
+                  << '\n';
+}
+
+int Pack(PackOptions options)
+{
+    Report report;
+    report.output = options.files.back();
+    options.files.pop_back();
+    options.inputs.files = options.files;
+
+    ProgressMeter meter(StyleOf(options));
+    try
+    {
+        if (options.inputs.AllFiles().empty()) throw Failure("pack needs an input and an output");
+        Record(options, meter, report);
+    }
+    catch (const Interrupted&)
+    {
+        report.signal = CaughtSignal();
+    }
+    catch (const Failure& failure)
+    {
+        report.error = failure.what();
+    }
+    report.exit_code = ExitCodeOf(report);
+
+    meter.Clear();
+    PrintErrors(report);
+    if (options.json)
+        PrintJson(report);
+    else if (options.progress)
+        PrintKeyValue(report);
+    else
+        PrintText(report);
+    return report.exit_code;
+}
+
+}  // namespace
+
+void AddPackCommand(CLI::App& app, std::function<int()>& run)
+{
+    CLI::App* pack = app.add_subcommand("pack", "Package coded streams into a container");
+    const auto options = std::make_shared<PackOptions>();
+    pack->formatter(std::make_shared<PackFormatter>());
+
+    pack->add_option("FILES",
+                     options->files,
+                     "INPUT... OUTPUT: files with coded streams, and the file to write")
+        ->required();
+    pack->add_option("--video", options->inputs.video, "Take the video from this file")
+        ->type_name("FILE");
+    pack->add_option("--audio", options->inputs.audio, "Take the audio from this file")
+        ->type_name("FILE");
+    pack->add_option("--to",
+                     options->to,
+                     "Container, one of those `wrapton formats` lists; "
+                     "otherwise the output's extension says it")
+        ->type_name("TYPE");
+    pack->add_option("--fps",
+                     options->inputs.frame_rate,
+                     "Pictures per second, for streams that do not say it")
+        ->type_name("N")
+        ->check(CLI::Range(1U, kMostRate));
+    pack->add_option("--reserve",
+                     options->reserve,
+                     "Room for the index ahead of the media, so that playing can begin "
+                     "before the whole file is there; at most 67108864")
+        ->type_name("BYTES")
+        ->check(CLI::Range(0U, kMostReserve));
+    pack->add_option("--rate",
+                     options->inputs.raw_rate,
+                     "Sample rate of a raw .s16le, .pcm, .alaw or .ulaw input (8000)")
+        ->type_name("HZ")
+        ->check(CLI::Range(1, kMostSampleRate));
+    pack->add_option("--channels", options->inputs.raw_channels, "Channels of such an input (1)")
+        ->type_name("N")
+        ->check(CLI::Range(1, kMostChannels));
+    pack->add_flag("--json", options->json, "Print the result as JSON");
+    pack->add_flag("--progress", options->progress, "Print key=value lines while packaging");
+    pack->footer(
+        "Exit codes: 0 everything is stored, 1 a whole stream was refused, 2 failed,\n"
+        "130 or 143 ended by a signal after completing the file.");
+    pack->callback([options, &run] { run = [options] { return Pack(*options); }; });
+}
+
+}  // namespace Orbel::Wrapton::Command

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+
+#include "Containers.h"
+#include "OutputFile.h"
+
+namespace Orbel::Wrapton::Command
+{
+
+/// A handle of the library whose blocks go to an output file.
+class Packager
+{
+public:
+    /// Throws Failure when the library gives no handle.
+    Packager(const Container& container, OutputFile& output);
+    Packager(const Packager&) = delete;
+    Packager& operator=(const Packager&) = delete;
+    ~Packager();
+
+    /// Each gives the library's own code.
+    int CreateHeader(SGHeaderInfo& header);
+    int InputFrame(SGFrameInfo& frame);
+    int CreateTailer();
+
+    /// True when the last call emitted anything but a rewrite of the file's beginning: the library
+    /// also answers 0 for a frame that it drops.
+    bool LastCallStored() const { return m_bStored; }
+
+private:
+    static void OnBlock(SGOutputData* block, void* self) noexcept;
+    void Place(SGOutputData& block);
+
+    const Container& m_container;
+    OutputFile& m_output;
+    void* m_pHandle = nullptr;
+    bool m_bStored = false;
+    bool m_bClosing = false;
+};
+
+}  // namespace Orbel::Wrapton::Command

@@ -1,0 +1,264 @@
+#include "Recording.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "Failure.h"
+#include "Interrupt.h"
+
+namespace Orbel::Wrapton::Command
+{
+namespace
+{
+
+/// Audio encoders begin a frame or two ahead of the pictures. A container that drops audio ahead of
+/// the first I picture keeps those if the picture goes first.
+constexpr int64_t kOpeningLead = 100'000;
+
+uint32_t WholeRate(const Rate& rate)
+{
+    const int64_t rounded = (rate.num + rate.den / 2) / rate.den;
+    constexpr int64_t kMost = std::numeric_limits<uint32_t>::max();
+    return static_cast<uint32_t>(std::clamp<int64_t>(rounded, 1, kMost));
+}
+
+uint32_t Milliseconds(int64_t time_us)
+{
+    return static_cast<uint32_t>(std::max<int64_t>(time_us, 0) / 1000);  // wraps after 49 days
+}
+
+uint32_t Narrow(int64_t value)
+{
+    return value > 0 && value <= std::numeric_limits<uint32_t>::max() ? static_cast<uint32_t>(value)
+                                                                      : 0;
+}
+
+std::string WithKind(const StreamInfo& info)
+{
+    return info.codec_name + (info.is_video ? " video" : " audio");
+}
+
+}  // namespace
+
+Recording::Recording(const Container& container,
+                     std::vector<std::unique_ptr<FrameSource>> sources,
+                     ProgressMeter& meter,
+                     Report& report)
+    : m_container(container), m_meter(meter), m_report(report)
+{
+    m_report.streams.resize(sources.size());
+    bool has_video = false;
+    for (std::size_t i = 0; i < sources.size(); ++i)
+    {
+        StreamReport& stream = m_report.streams[i];
+        stream.info = sources[i]->Info();
+        Judge(stream, has_video);
+        if (!stream.refusal.empty()) continue;
+        has_video = has_video || stream.info.is_video;
+        m_tracks.push_back({std::move(sources[i]), &stream, std::nullopt});
+    }
+}
+
+bool Recording::HasSomething() const
+{
+    return !m_tracks.empty();
+}
+
+void Recording::Refuse(StreamReport& stream, const std::string& reason) const
+{
+    stream.refusal =
+        WithKind(stream.info) + " cannot be stored in " + std::string(m_container.name) + reason;
+}
+
+void Recording::Judge(StreamReport& stream, bool has_video) const
+{
+    const StreamInfo& info = stream.info;
+    const auto accepted = info.is_video ? m_container.video : m_container.audio;
+    if (!info.codec || !Accepts(accepted, *info.codec))
+        Refuse(stream, "");
+    else if (!info.unusable.empty())
+        Refuse(stream, ": " + info.unusable);
+    else if (!info.is_video && m_container.audio_needs_video && !has_video)
+        Refuse(stream, " without video");
+}
+
+SGHeaderInfo Recording::Header() const
+{
+    SGHeaderInfo header = {};
+    header.pre_header_len = m_report.reserve;
+    header.struct_size = sizeof header;
+    for (const Track& track : m_tracks)
+    {
+        const StreamInfo& info = track.report->info;
+        const auto encode = static_cast<int32_t>(EntryOf(*info.codec).encode);
+        if (info.is_video)
+            header.video = {1,
+                            encode,
+                            info.width,
+                            info.height,
+                            static_cast<int32_t>(WholeRate(info.frame_rate))};
+        else
+            header.audio = {1,
+                            encode,
+                            static_cast<int32_t>(info.channels),
+                            static_cast<int32_t>(info.bits_per_sample),
+                            static_cast<int32_t>(info.sample_rate)};
+    }
+    return header;
+}
+
+SGFrameInfo Recording::Describe(const Track& track, Frame& frame) const
+{
+    const StreamInfo& info = track.report->info;
+    SGFrameInfo record = {};
+    record.struct_size = sizeof record;
+    record.frame_pointer = frame.bytes.data();
+    record.frame_size = Narrow(static_cast<int64_t>(frame.bytes.size()));
+    record.frame_type = info.is_video ? SG_FRAME_TYPE_VIDEO : SG_FRAME_TYPE_AUDIO;
+    record.frame_sub_type = frame.sub_type;
+    record.frame_encode = EntryOf(*info.codec).encode;
+    record.frame_time = Milliseconds(frame.time_us);
+    record.bit_rate = Narrow(info.bit_rate);
+    if (info.is_video)
+    {
+        record.width = Narrow(info.width);
+        record.heigth = Narrow(info.height);
+        record.frame_rate = WholeRate(info.frame_rate);
+        record.deinter_lace = info.interlaced ? 1 : 0;
+    }
+    else
+    {
+        record.sample_rate = info.sample_rate;
+        record.bit_per_sample = info.bits_per_sample;
+        record.channels = info.channels;
+    }
+    return record;
+}
+
+void Recording::Fetch(Track& track)
+{
+    track.next = track.source->Next();
+    track.report->info = track.source->Info();
+}
+
+Recording::Track* Recording::Earliest()
+{
+    Track* earliest = nullptr;
+    int64_t earliest_time = 0;
+    for (Track& track : m_tracks)  // video stands first and wins a tie
+    {
+        if (!track.next) continue;
+        const bool opens = track.report->info.is_video && !m_bOpened;
+        const int64_t time = track.next->time_us - (opens ? kOpeningLead : 0);
+        if (earliest != nullptr && time >= earliest_time) continue;
+        earliest = &track;
+        earliest_time = time;
+    }
+    return earliest;
+}
+
+void Recording::PackNext(Packager& packager, Track& track)
+{
+    Frame& frame = *track.next;
+    StreamReport& report = *track.report;
+    SGFrameInfo record = Describe(track, frame);
+    const int code = packager.InputFrame(record);
+
+    ++report.frames_in;
+    report.bytes_in += frame.bytes.size();
+    report.frames_damaged += frame.damaged ? 1 : 0;
+    report.end_us = frame.time_us;
+    if (code != SG_ERR_NOERR)
+        ++report.refused[code];
+    else if (packager.LastCallStored())
+        ++report.frames_stored;
+    else
+        ++report.frames_dropped;
+    if (packager.LastCallStored() && frame.sub_type == SG_FRAME_SUB_TYPE_B) ++report.frames_b;
+    m_bOpened = m_bOpened || (report.info.is_video && frame.sub_type == SG_FRAME_SUB_TYPE_I);
+}
+
+void Recording::PackAll(Packager& packager, OutputFile& output)
+{
+    for (Track& track : m_tracks)
+        Fetch(track);
+    while (Track* track = Earliest())
+    {
+        PackNext(packager, *track);
+        if (!output.Good()) return;
+        Fetch(*track);
+        if (m_meter.IsDue()) ShowProgress(output);
+    }
+}
+
+void Recording::Run(OutputFile& output)
+{
+    Packager packager(m_container, output);
+    SGHeaderInfo header = Header();
+    const int begun = packager.CreateHeader(header);
+    if (!output.Good()) output.Finish();
+    if (begun != SG_ERR_NOERR)
+        throw Failure(output.Path() + ": the library refused to begin (code " +
+                      std::to_string(begun) + "); what is left on disk does not play");
+
+    std::string input_error;
+    try
+    {
+        PackAll(packager, output);
+    }
+    catch (const Interrupted&)
+    {
+        m_report.signal = CaughtSignal();
+    }
+    catch (const Failure& failure)
+    {
+        input_error = failure.what();
+    }
+
+    const uint64_t before_tailer = output.Size();
+    const int ended = output.Good() ? packager.CreateTailer() : SG_ERR_NOERR;
+    m_report.index_at_end = output.Size() > before_tailer;
+    m_report.bytes = output.Size();
+    ShowProgress(output);
+    if (output.Good() && ended != SG_ERR_NOERR)
+        throw Failure(output.Path() + ": the library refused to end (code " +
+                      std::to_string(ended) + "); what is left on disk does not play");
+    output.Finish();
+    m_report.output_complete = true;
+    JudgeOutcome();
+    if (!input_error.empty())
+        throw Failure(input_error + "; " + output.Path() + " holds the frames read before that");
+}
+
+void Recording::JudgeOutcome()
+{
+    for (Track& track : m_tracks)
+    {
+        StreamReport& report = *track.report;
+        if (report.frames_in == 0 && m_report.signal == 0) Refuse(report, ": it has no frames");
+        if (report.frames_in == 0 || report.frames_stored > 0) continue;
+        if (report.frames_dropped == 0)
+            Refuse(report,
+                   ": all frames were refused with code " +
+                       std::to_string(report.refused.begin()->first));
+        else
+            Refuse(report, ": it dropped all " + std::to_string(report.frames_dropped) + " frames");
+    }
+}
+
+void Recording::ShowProgress(const OutputFile& output)
+{
+    Progress progress;
+    for (const Track& track : m_tracks)
+    {
+        progress.frames_in += track.report->frames_in;
+        progress.time_ms = std::max(progress.time_ms, track.report->end_us / 1000);
+        progress.input_read += track.source->BytesRead();
+        progress.input_total += track.source->BytesTotal();
+    }
+    progress.bytes_written = output.Size();
+    m_meter.Show(progress);
+}
+
+}  // namespace Orbel::Wrapton::Command

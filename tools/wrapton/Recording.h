@@ -1,0 +1,60 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Containers.h"
+#include "FrameSource.h"
+#include "OutputFile.h"
+#include "Packager.h"
+#include "Progress.h"
+#include "Report.h"
+
+namespace Orbel::Wrapton::Command
+{
+
+/// Brings the frames of up to two streams into one container, in the order of their times.
+class Recording
+{
+public:
+    /// @param sources video first; the report gets one entry for each
+    Recording(const Container& container,
+              std::vector<std::unique_ptr<FrameSource>> sources,
+              ProgressMeter& meter,
+              Report& report);
+
+    /// True when at least one stream can go into the container.
+    bool HasSomething() const;
+
+    /// Packages everything, and ends the file even when the input fails or the user stops it.
+    /// Throws Failure; the report then has the counts so far.
+    void Run(OutputFile& output);
+
+private:
+    struct Track
+    {
+        std::unique_ptr<FrameSource> source;
+        StreamReport* report;
+        std::optional<Frame> next;
+    };
+
+    void Refuse(StreamReport& stream, const std::string& reason) const;
+    void Judge(StreamReport& stream, bool has_video) const;
+    SGHeaderInfo Header() const;
+    SGFrameInfo Describe(const Track& track, Frame& frame) const;
+    void Fetch(Track& track);
+    void PackAll(Packager& packager, OutputFile& output);
+    void PackNext(Packager& packager, Track& track);
+    Track* Earliest();
+    void JudgeOutcome();
+    void ShowProgress(const OutputFile& output);
+
+    const Container& m_container;
+    ProgressMeter& m_meter;
+    Report& m_report;
+    std::vector<Track> m_tracks;  ///< those that go into the container
+    bool m_bOpened = false;       ///< an I picture has gone in
+};
+
+}  // namespace Orbel::Wrapton::Command

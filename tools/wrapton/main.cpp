@@ -1,0 +1,62 @@
+// wrapton: packages coded audio and video files into containers, by the library's eight functions.
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <sstream>
+
+#include "AvTypes.h"
+#include "Failure.h"
+#include "FormatsCommand.h"
+#include "PackCommand.h"
+
+namespace
+{
+
+using namespace Orbel::Wrapton::Command;
+
+int RunCommand(int argc, char** argv)
+{
+    CLI::App app("Packages coded audio and video into containers.", "wrapton");
+    app.set_version_flag("--version", "wrapton " WRAPTON_VERSION);
+    app.require_subcommand(1);
+    app.failure_message(CLI::FailureMessage::simple);
+    std::function<int()> run;
+    AddPackCommand(app, run);
+    AddFormatsCommand(app, run);
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        return app.exit(error) == 0 ? kExitDone : kExitFailed;  // 0 is help or version
+    }
+    return run();
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    std::signal(SIGPIPE, SIG_IGN);   // a reader that leaves must not leave the output unfinished
+    std::signal(SIGXFSZ, SIG_IGN);   // a file size limit comes back from write() like a full disk
+    av_log_set_level(AV_LOG_QUIET);  // what matters comes back as a code and is reported once
+    int code = kExitFailed;
+    try
+    {
+        code = RunCommand(argc, argv);
+    }
+    catch (const std::exception& error)
+    {
+        std::cerr << "wrapton: " << error.what() << '\n';
+    }
+    if (!std::cout.flush())
+    {
+        std::cerr << "wrapton: standard output cannot be written\n";
+        code = code == kExitDone ? static_cast<int>(kExitFailed) : code;
+    }
+    return code;
+}
