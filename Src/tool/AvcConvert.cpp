@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 
+#include "tool/StartCode.h"
 #include "tool/StreamTool.h"
 
 namespace Orbel::Wrapton
@@ -15,36 +16,6 @@ using ByteSpan = std::span<const unsigned char>;
 
 constexpr unsigned kNalTypeSps = 7;
 constexpr unsigned kNalTypePps = 8;
-
-/// A start code: where it begins, counting the zero byte of the four-byte form, and where the NAL
-/// unit behind it does.
-struct StartCode
-{
-    size_t begin;
-    size_t unit;
-};
-
-/// The first start code at or behind @p from; both places are the data's end when there is none.
-StartCode FindStartCode(ByteSpan data, size_t from)
-{
-    const unsigned char* const bytes = data.data();
-    const size_t size = data.size();
-    // The byte 01 is rarer than 00 in coded data and ends every start code: look for it alone.
-    for (size_t at = from + 2; at < size; ++at)
-    {
-        const void* const hit = std::memchr(bytes + at, 1, size - at);
-        if (hit == nullptr) break;
-
-        at = static_cast<size_t>(static_cast<const unsigned char*>(hit) - bytes);
-        if (bytes[at - 1] != 0 || bytes[at - 2] != 0) continue;
-
-        const bool long_form = at - 2 > from && bytes[at - 3] == 0;
-        const size_t begin = long_form ? at - 3 : at - 2;
-        // Four bytes must be left at the beginning, so "00 00 01" right at the end does not count.
-        if (begin + 3 < size) return {begin, at + 1};
-    }
-    return {size, size};
-}
 
 /// The first NAL unit of @p type, without its start code; empty when there is none.
 ByteSpan FindUnit(ByteSpan data, unsigned type)
