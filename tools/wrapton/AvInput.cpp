@@ -101,7 +101,8 @@ AVStream& AvInput::Stream(int index) const
 
 bool AvInput::HasNoTimes() const
 {
-    return (m_pContext->iformat->flags & AVFMT_NOTIMESTAMPS) != 0;
+    const std::string_view name = m_pContext->iformat->name;
+    return (m_pContext->iformat->flags & AVFMT_NOTIMESTAMPS) != 0 || name.ends_with("_pipe");
 }
 
 void AvInput::KeepOnly(int stream)

@@ -51,7 +51,9 @@ AvSource::AvSource(std::unique_ptr<AvInput> input,
     Describe();
     m_pShaper = MakeShaper(m_stream, m_info);
     if (m_info.is_video) m_pictures.emplace(m_stream);
-    if (m_info.unusable.empty()) m_ahead = Read();
+    if (!m_info.unusable.empty()) return;
+    m_ahead = Read();
+    if (!m_ahead) throw Failure(m_info.file + ": no frames in it");
 }
 
 void AvSource::Describe()

@@ -68,8 +68,8 @@ private:
     AvPtr<AVBSFContext> m_pFilter;
 };
 
-/// MPEG-4 Part 2 whose first picture stands behind its headers. Files that keep the headers aside
-/// get them put back once; a stream that repeats them is left as it is.
+/// MPEG-4 Part 2 with its headers in the stream. A file that keeps them aside gets them put back
+/// ahead of every key picture, as an encoder repeats them: containers take the newest they see.
 class Mpeg4Shaper final : public FrameShaper
 {
 public:
@@ -82,10 +82,10 @@ public:
     void Shape(AVPacket& packet, Frame& frame, StreamInfo&) override
     {
         const auto bytes = BytesOf(packet);
-        if (!m_bBegun && (packet.flags & AV_PKT_FLAG_KEY) != 0)
+        if ((packet.flags & AV_PKT_FLAG_KEY) != 0)
         {
-            m_bBegun = true;
-            if (StartsWithPicture(bytes)) Append(frame, m_config);
+            if (!m_aside) m_aside = StartsWithPicture(bytes);
+            if (*m_aside && StartsWithPicture(bytes)) Append(frame, m_config);
         }
         Append(frame, bytes);
     }
@@ -99,7 +99,7 @@ private:
     }
 
     std::vector<unsigned char> m_config;
-    bool m_bBegun = false;
+    std::optional<bool> m_aside;  ///< as the first key picture shows
 };
 
 /// AAC behind an ADTS header FF F1, the form the containers take off again. Other forms of the

@@ -236,7 +236,6 @@ void Recording::JudgeOutcome()
     for (Track& track : m_tracks)
     {
         StreamReport& report = *track.report;
-        if (report.frames_in == 0 && m_report.signal == 0) Refuse(report, ": it has no frames");
         if (report.frames_in == 0 || report.frames_stored > 0) continue;
         if (report.frames_dropped == 0)
             Refuse(report,
