@@ -38,10 +38,10 @@ int Recorder::Header(uint32_t reserve)
     SGHeaderInfo header{};
     header.pre_header_len = reserve;
     header.struct_size = sizeof(header);
-    return Header(&header);
+    return HeaderWith(&header);
 }
 
-int Recorder::Header(SGHeaderInfo* header)
+int Recorder::HeaderWith(SGHeaderInfo* header)
 {
     return SG_CreateHeader(m_handle, header);
 }

@@ -30,7 +30,7 @@ public:
 
     /// SG_CreateHeader() with a record of zeros but for the reserve.
     int Header(uint32_t reserve = 0);
-    int Header(Orbel::Wrapton::SGHeaderInfo* header);
+    int HeaderWith(Orbel::Wrapton::SGHeaderInfo* header);
 
     /**
      * SG_InputFrame() with the bytes in an allocation of exactly their size, so that a read beyond

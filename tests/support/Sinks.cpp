@@ -61,7 +61,7 @@ void ResizingSink::Place(SGOutputData& block)
 
 std::size_t DiscardingSink::Kept(std::size_t size) const
 {
-    return std::min<std::size_t>(size, 65536);
+    return size <= 65536 ? size : 0;
 }
 
 void DiscardingSink::Place(SGOutputData&) {}

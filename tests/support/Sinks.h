@@ -97,7 +97,7 @@ private:
     Policy m_policy;
 };
 
-/// Stores nothing; of each block the log keeps at most 64 KiB.
+/// Stores nothing; the log keeps the bytes of blocks up to 64 KiB only.
 class DiscardingSink : public Sink
 {
 protected:

@@ -61,10 +61,13 @@ TEST(ResizingSink, StoresNoMoreThanItAnswers)
 TEST(DiscardingSink, KeepsSizesAndPositions)
 {
     DiscardingSink sink;
-    Give(sink, Bytes(100000, 7), 0, int64_t{1} << 33);
-    EXPECT_EQ(sink.Blocks()[0].size, 100000);
+    Give(sink, Bytes(65536, 7), 0, int64_t{1} << 33);
+    Give(sink, Bytes(65537, 7), 0, (int64_t{1} << 33) + 65536);
+    EXPECT_EQ(sink.Blocks()[0].size, 65536);
     EXPECT_EQ(sink.Blocks()[0].position, int64_t{1} << 33);
     EXPECT_EQ(sink.Blocks()[0].data.size(), 65536u);
+    EXPECT_EQ(sink.Blocks()[1].size, 65537);
+    EXPECT_TRUE(sink.Blocks()[1].data.empty());
 }
 
 }  // namespace

@@ -61,7 +61,7 @@ TEST_P(CallOrder, SecondHeaderInsideARecordingIsRefusedAndChangesNothing)
     twice.Header(64);
     EXPECT_EQ(twice.Calls().Header(7), SG_ERR_PARAM_ERR);
     twice.Input(H264I(kIFrame));
-    EXPECT_EQ(twice.Calls().Header(nullptr), SG_ERR_PARAM_ERR);
+    EXPECT_EQ(twice.Calls().HeaderWith(nullptr), SG_ERR_PARAM_ERR);
     twice.Input(Aac(Support::Payload(20))).Tailer();
 
     EXPECT_EQ(once.Blocks().size(), twice.Blocks().size());

@@ -67,7 +67,7 @@ TEST_P(HeaderCall, ReservesNothingWithoutHeaderRecord)
 {
     const Flavour flavour = GetParam();
     Recording recording(flavour);
-    EXPECT_EQ(recording.Calls().Header(nullptr), SG_ERR_NOERR);
+    EXPECT_EQ(recording.Calls().HeaderWith(nullptr), SG_ERR_NOERR);
     ASSERT_EQ(recording.Blocks().size(), flavour.noSeek ? 2u : 3u);
     EXPECT_TRUE(IsBlock(recording.Blocks()[1], flavour.FtypSize(), Hex("00 00 00 08 66 72 65 65")));
 }
@@ -89,7 +89,7 @@ TEST(HeaderCallReserve, IgnoresTheStreamsOfTheHeaderRecord)
     header.video = {1, SG_ENCODE_VIDEO_HI_H264, 640, 360, 25};
     header.audio = {1, SG_ENCODE_AUDIO_AAC, 1, 16, 8000};
     Recording recording(kMp4);
-    EXPECT_EQ(recording.Calls().Header(&header), SG_ERR_NOERR);
+    EXPECT_EQ(recording.Calls().HeaderWith(&header), SG_ERR_NOERR);
     EXPECT_TRUE(Support::Same(
         recording.File(),
         Join({FtypMp4(), Hex("00 00 00 08 66 72 65 65"), Hex("00 00 00 08 6D 64 61 74")})));
