@@ -6,6 +6,7 @@
 #define WRAPTON_TESTS_GOLDEN_MP4_RECORDING_H
 
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,6 +45,8 @@ struct Flavour
     /// Position of the first block behind SG_CreateHeader() without a reserve.
     [[nodiscard]] uint32_t DataStart() const { return FtypSize() + 8 + MdatHeader(); }
     [[nodiscard]] Bytes Ftyp() const { return quickTime ? FtypMov() : FtypMp4(); }
+
+    friend void PrintTo(const Flavour& flavour, std::ostream* out) { *out << flavour.name; }
 };
 
 extern const Flavour kMp4;
