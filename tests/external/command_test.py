@@ -300,6 +300,20 @@ class Running(MediaTest):
                 self.assert_reads_clean(self.output)
                 self.pipe.unlink()
 
+    def test_a_signal_before_the_first_frame_writes_nothing(self):
+        pipe = self.directory / "silent.h264"
+        os.mkfifo(pipe)
+        with subprocess.Popen([WRAPTON, "pack", str(pipe), str(self.output)],
+                              stderr=subprocess.PIPE, text=True) as process:
+            # The other end opens only when the command has opened its own; then it waits for data.
+            with open(pipe, "wb"):
+                time.sleep(0.1)
+                process.send_signal(signal.SIGINT)
+                _, err = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 130)
+        self.assertEqual(err, "wrapton: interrupted; nothing was written\n")
+        self.assertFalse(self.output.exists())
+
     def test_a_directory_that_vanishes(self):
         self.start()
         shutil.rmtree(self.output.parent)

@@ -34,7 +34,7 @@ public:
         return value;
     }
 
-    bool PastEnd() const { return m_nAt > m_bytes.size() * 8; }
+    [[nodiscard]] bool PastEnd() const { return m_nAt > m_bytes.size() * 8; }
 
 private:
     std::span<const unsigned char> m_bytes;

@@ -19,9 +19,9 @@ struct AacConfig
     unsigned int channel_config = 0;
 
     /// Hz; 0 for a reserved index.
-    uint32_t SampleRate() const;
+    [[nodiscard]] uint32_t SampleRate() const;
     /// 0 when the channels are described inside the frames.
-    uint32_t Channels() const;
+    [[nodiscard]] uint32_t Channels() const;
 };
 
 struct AdtsHeader

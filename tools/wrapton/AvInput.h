@@ -23,7 +23,7 @@ public:
     AvInput(const std::string& path, const RawAudio& raw);
 
     /// The stream of that kind that a player would take; cover pictures are none.
-    std::optional<int> BestStream(AVMediaType kind) const;
+    [[nodiscard]] std::optional<int> BestStream(AVMediaType kind) const;
 
     /// The next packet of the only stream that was kept; false at the end. Throws like the
     /// constructor.
@@ -32,12 +32,12 @@ public:
     /// All other streams are left out from now on.
     void KeepOnly(int stream);
 
-    AVFormatContext& Context() const { return *m_pContext; }
-    AVStream& Stream(int index) const;
-    const std::string& Path() const { return m_path; }
+    [[nodiscard]] AVFormatContext& Context() const { return *m_pContext; }
+    [[nodiscard]] AVStream& Stream(int index) const;
+    [[nodiscard]] const std::string& Path() const { return m_path; }
 
     /// True when times are only counted out by the reader because the file carries none.
-    bool HasNoTimes() const;
+    [[nodiscard]] bool HasNoTimes() const;
 
 private:
     [[noreturn]] void Fail(int code) const;

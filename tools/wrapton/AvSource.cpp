@@ -1,5 +1,6 @@
 #include "AvSource.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -23,6 +24,7 @@ constexpr std::array<std::pair<AVCodecID, Codec>, 7> kCodecOfId = {{
 constexpr unsigned int kAssumedRate = 25;
 constexpr int kSamplesOfAac = 1024;
 constexpr uint32_t kBitsOfCodedAudio = 16;
+constexpr int64_t kMostTime = int64_t{1} << 60;  // microseconds; a damaged file can say anything
 
 std::optional<Codec> CodecOf(AVCodecID id)
 {
@@ -118,8 +120,9 @@ int64_t AvSource::TimeOf(const AVPacket& packet) const
     if (!m_bCounted && stamp != AV_NOPTS_VALUE)
     {
         const int64_t start = m_pInput->Context().start_time;
-        return av_rescale_q(stamp, m_stream.time_base, AV_TIME_BASE_Q) -
-               (start != AV_NOPTS_VALUE ? start : 0);
+        const int64_t time = av_sat_sub64(av_rescale_q(stamp, m_stream.time_base, AV_TIME_BASE_Q),
+                                          start != AV_NOPTS_VALUE ? start : 0);
+        return std::clamp(time, -kMostTime, kMostTime);
     }
     if (m_info.is_video)
         return av_rescale(m_nUnits, AV_TIME_BASE * m_info.frame_rate.den, m_info.frame_rate.num);

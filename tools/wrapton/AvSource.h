@@ -18,16 +18,16 @@ public:
     /// @param frame_rate pictures per second named by the user; empty: as the file says
     AvSource(std::unique_ptr<AvInput> input, int stream, std::optional<unsigned int> frame_rate);
 
-    const StreamInfo& Info() const override { return m_info; }
+    [[nodiscard]] const StreamInfo& Info() const override { return m_info; }
     std::optional<Frame> Next() override;
-    uint64_t BytesRead() const override;
-    uint64_t BytesTotal() const override;
+    [[nodiscard]] uint64_t BytesRead() const override;
+    [[nodiscard]] uint64_t BytesTotal() const override;
 
 private:
     void Describe();
     void DescribeRate();
     std::optional<Frame> Read();
-    int64_t TimeOf(const AVPacket& packet) const;
+    [[nodiscard]] int64_t TimeOf(const AVPacket& packet) const;
     void CountOut(const AVPacket& packet);
 
     std::unique_ptr<AvInput> m_pInput;

@@ -55,15 +55,15 @@ public:
     FrameSource& operator=(const FrameSource&) = delete;
     virtual ~FrameSource() = default;
 
-    virtual const StreamInfo& Info() const = 0;
+    [[nodiscard]] virtual const StreamInfo& Info() const = 0;
 
     /// The next frame, or nothing at the end. Throws Failure when the input cannot be read and
     /// Interrupted when the user stopped it.
     virtual std::optional<Frame> Next() = 0;
 
     /// How far the file has been read, and its size; both 0 when that cannot be told.
-    virtual uint64_t BytesRead() const = 0;
-    virtual uint64_t BytesTotal() const = 0;
+    [[nodiscard]] virtual uint64_t BytesRead() const = 0;
+    [[nodiscard]] virtual uint64_t BytesTotal() const = 0;
 };
 
 }  // namespace Orbel::Wrapton::Command

@@ -51,7 +51,7 @@ public:
     }
 
 private:
-    std::string NothingIn(bool video, bool audio) const
+    [[nodiscard]] std::string NothingIn(bool video, bool audio) const
     {
         if (video && audio)
             return m_pVideo != nullptr || m_pAudio != nullptr
@@ -61,14 +61,15 @@ private:
     }
 
     /// Each stream reads its file on its own, so that neither waits for the other in memory.
-    std::unique_ptr<AvInput> Again(const std::string& path) const
+    [[nodiscard]] std::unique_ptr<AvInput> Again(const std::string& path) const
     {
         if (!std::filesystem::is_regular_file(path))
             throw Failure(path + ": a pipe gives one stream only; name it with --video or --audio");
         return std::make_unique<AvInput>(path, m_raw);
     }
 
-    std::unique_ptr<FrameSource> Source(std::unique_ptr<AvInput> input, int stream) const
+    [[nodiscard]] std::unique_ptr<FrameSource> Source(std::unique_ptr<AvInput> input,
+                                                      int stream) const
     {
         return std::make_unique<AvSource>(std::move(input), stream, m_request.frame_rate);
     }

@@ -20,7 +20,7 @@ struct InputRequest
     std::optional<int> raw_rate;
     std::optional<int> raw_channels;
 
-    std::vector<std::string> AllFiles() const;
+    [[nodiscard]] std::vector<std::string> AllFiles() const;
 };
 
 /// At most one video and one audio stream, and what was found beside them.

@@ -24,11 +24,11 @@ public:
     /// Returns the bytes written, fewer than given only after an error.
     std::size_t Place(int64_t offset, int origin, std::span<const unsigned char> bytes);
 
-    bool Good() const { return m_nError == 0; }
-    const std::string& Path() const { return m_path; }
+    [[nodiscard]] bool Good() const { return m_nError == 0; }
+    [[nodiscard]] const std::string& Path() const { return m_path; }
 
     /// The end of the highest block so far.
-    uint64_t Size() const { return static_cast<uint64_t>(m_nEnd); }
+    [[nodiscard]] uint64_t Size() const { return static_cast<uint64_t>(m_nEnd); }
 
     /// Brings everything to the disk, closes the file and sees that it is still there under its
     /// name. Throws Failure with the first error of all, naming what is left.
@@ -36,8 +36,8 @@ public:
 
 private:
     [[noreturn]] void Fail() const;
-    bool StillThere() const;
-    int64_t Target(int64_t offset, int origin) const;
+    [[nodiscard]] bool StillThere() const;
+    [[nodiscard]] int64_t Target(int64_t offset, int origin) const;
 
     std::string m_path;
     int m_nFile = -1;

@@ -25,7 +25,7 @@ public:
 
     /// True when the last call emitted anything but a rewrite of the file's beginning: the library
     /// also answers 0 for a frame that it drops.
-    bool LastCallStored() const { return m_bStored; }
+    [[nodiscard]] bool LastCallStored() const { return m_bStored; }
 
 private:
     static void OnBlock(SGOutputData* block, void* self) noexcept;

@@ -39,6 +39,33 @@ std::string WithKind(const StreamInfo& info)
     return info.codec_name + (info.is_video ? " video" : " audio");
 }
 
+SGFrameInfo RecordOf(const StreamInfo& info, Frame& frame)
+{
+    SGFrameInfo record = {};
+    record.struct_size = sizeof record;
+    record.frame_pointer = frame.bytes.data();
+    record.frame_size = Narrow(static_cast<int64_t>(frame.bytes.size()));
+    record.frame_type = info.is_video ? SG_FRAME_TYPE_VIDEO : SG_FRAME_TYPE_AUDIO;
+    record.frame_sub_type = frame.sub_type;
+    record.frame_encode = EntryOf(*info.codec).encode;
+    record.frame_time = Milliseconds(frame.time_us);
+    record.bit_rate = Narrow(info.bit_rate);
+    if (info.is_video)
+    {
+        record.width = Narrow(info.width);
+        record.heigth = Narrow(info.height);
+        record.frame_rate = WholeRate(info.frame_rate);
+        record.deinter_lace = info.interlaced ? 1 : 0;
+    }
+    else
+    {
+        record.sample_rate = info.sample_rate;
+        record.bit_per_sample = info.bits_per_sample;
+        record.channels = info.channels;
+    }
+    return record;
+}
+
 }  // namespace
 
 Recording::Recording(const Container& container,
@@ -108,34 +135,6 @@ SGHeaderInfo Recording::Header() const
     return header;
 }
 
-SGFrameInfo Recording::Describe(const Track& track, Frame& frame) const
-{
-    const StreamInfo& info = track.report->info;
-    SGFrameInfo record = {};
-    record.struct_size = sizeof record;
-    record.frame_pointer = frame.bytes.data();
-    record.frame_size = Narrow(static_cast<int64_t>(frame.bytes.size()));
-    record.frame_type = info.is_video ? SG_FRAME_TYPE_VIDEO : SG_FRAME_TYPE_AUDIO;
-    record.frame_sub_type = frame.sub_type;
-    record.frame_encode = EntryOf(*info.codec).encode;
-    record.frame_time = Milliseconds(frame.time_us);
-    record.bit_rate = Narrow(info.bit_rate);
-    if (info.is_video)
-    {
-        record.width = Narrow(info.width);
-        record.heigth = Narrow(info.height);
-        record.frame_rate = WholeRate(info.frame_rate);
-        record.deinter_lace = info.interlaced ? 1 : 0;
-    }
-    else
-    {
-        record.sample_rate = info.sample_rate;
-        record.bit_per_sample = info.bits_per_sample;
-        record.channels = info.channels;
-    }
-    return record;
-}
-
 void Recording::Fetch(Track& track)
 {
     track.next = track.source->Next();
@@ -162,7 +161,7 @@ void Recording::PackNext(Packager& packager, Track& track)
 {
     Frame& frame = *track.next;
     StreamReport& report = *track.report;
-    SGFrameInfo record = Describe(track, frame);
+    SGFrameInfo record = RecordOf(report.info, frame);
     const int code = packager.InputFrame(record);
 
     ++report.frames_in;

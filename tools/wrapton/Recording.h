@@ -25,7 +25,7 @@ public:
               Report& report);
 
     /// True when at least one stream can go into the container.
-    bool HasSomething() const;
+    [[nodiscard]] bool HasSomething() const;
 
     /// Packages everything, and ends the file even when the input fails or the user stops it.
     /// Throws Failure; the report then has the counts so far.
@@ -41,8 +41,7 @@ private:
 
     void Refuse(StreamReport& stream, const std::string& reason) const;
     void Judge(StreamReport& stream, bool has_video) const;
-    SGHeaderInfo Header() const;
-    SGFrameInfo Describe(const Track& track, Frame& frame) const;
+    [[nodiscard]] SGHeaderInfo Header() const;
     void Fetch(Track& track);
     void PackAll(Packager& packager, OutputFile& output);
     void PackNext(Packager& packager, Track& track);

@@ -133,7 +133,7 @@ std::vector<std::string> NotesOn(const Report& report, const Container& containe
     if (report.reserve > 0 && !container.takes_reserve)
         notes.push_back(std::string(container.name) + " has no use for --reserve");
     else if (report.reserve > 0 && report.index_at_end)
-        notes.push_back("the reserve was too small: the index stands at the end of the file");
+        notes.emplace_back("the reserve was too small: the index stands at the end of the file");
     return notes;
 }
 

@@ -24,7 +24,7 @@ struct StreamReport
     int64_t end_us = 0;   ///< time of the last frame
     std::string refusal;  ///< why the whole stream is not in the output; empty: it is
 
-    uint64_t FramesRefused() const;
+    [[nodiscard]] uint64_t FramesRefused() const;
 };
 
 /// What became of the recording.
