@@ -150,6 +150,22 @@ TEST(MutexWithoutMemory, LocksNothing)
     lock.Unlock();
 }
 
+TEST(PacketBufferWithoutMemory, IsUnchanged)
+{
+    PacketBuffer packet(2);
+    packet.Data()[1] = 9;
+    {
+        const FailingNew fail(1, true);
+        EXPECT_FALSE(packet.Resize(100000));
+        const PacketBuffer other(1);
+        EXPECT_FALSE(other.IsValid());
+    }
+    EXPECT_EQ(packet.Size(), 2u);
+    EXPECT_EQ(packet.Data()[1], 9);
+    EXPECT_TRUE(packet.Resize(3));
+    EXPECT_EQ(packet.Data()[1], 9);
+}
+
 TEST(DefaultAllocatorWithoutMemory, GivesNull)
 {
     const FailingNew fail(1);
