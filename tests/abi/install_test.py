@@ -1,0 +1,167 @@
+"""Builds and installs the bare library into a scratch prefix and uses it as a stranger would.
+
+Once as a shared and once as a static library: a small C program finds it by find_package and
+by pkg-config, and runs. The bare library asks for a compiler and CMake only, so every other package is
+hidden from it.
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+ROOT = Path(sys.argv.pop(1))
+CMAKE = sys.argv.pop(1)
+GENERATOR = sys.argv.pop(1)
+C_COMPILER = sys.argv.pop(1)
+CXX_COMPILER = sys.argv.pop(1)
+LAUNCHER = sys.argv.pop(1)
+
+OPTIONS = ["TESTS", "TOOLS", "BENCHMARKS", "FUZZERS"]
+HIDDEN = ["GTest", "benchmark", "CLI11", "nlohmann_json", "PkgConfig", "Python3"]
+
+PROGRAM = """\
+#include <stdio.h>
+#include <wrapton/Wrapton.h>
+
+int main(void)
+{
+    void* handle = SG_CreateHandle(SG_STREAM_TYPE_WAV, NULL);
+    int error = SG_CreateHeader(handle, NULL);
+    printf("%d %d\\n", handle != NULL, error);
+    return SG_DestroyHandle(handle);
+}
+"""
+
+PROJECT = """\
+cmake_minimum_required(VERSION 3.25)
+project(stranger LANGUAGES {languages})
+{find}
+add_executable(stranger stranger.c)
+target_link_libraries(stranger PRIVATE wrapton::wrapton)
+"""
+
+
+def run(*command, **options):
+    result = subprocess.run(
+        [str(part) for part in command],
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        text=True,
+        check=False,
+        **options,
+    )
+    if result.returncode != 0:
+        raise AssertionError(f"{' '.join(map(str, command))}\n{result.stdout}")
+    return result.stdout
+
+
+def configure(source, build, *definitions):
+    arguments = [
+        f"-DCMAKE_C_COMPILER={C_COMPILER}",
+        f"-DCMAKE_CXX_COMPILER={CXX_COMPILER}",
+        f"-DCMAKE_CXX_COMPILER_LAUNCHER={LAUNCHER}",
+        "-DCMAKE_BUILD_TYPE=Debug",
+        *definitions,
+    ]
+    return run(CMAKE, "-S", source, "-B", build, "-G", GENERATOR, *arguments)
+
+
+def build(directory):
+    return run(CMAKE, "--build", directory, "--parallel", "2")
+
+
+class Install:
+    """What holds for both kinds of library."""
+
+    shared = True
+
+    @classmethod
+    def setUpClass(cls):
+        cls.scratch = Path(tempfile.mkdtemp(prefix="wrapton-install-"))
+        cls.addClassCleanup(shutil.rmtree, cls.scratch)
+        configure(
+            ROOT,
+            cls.scratch / "build",
+            f"-DBUILD_SHARED_LIBS={'ON' if cls.shared else 'OFF'}",
+            "-DCMAKE_INSTALL_LIBDIR=lib",
+            *[f"-DWRAPTON_BUILD_{option}=OFF" for option in OPTIONS],
+            *[f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in HIDDEN],
+        )
+        build(cls.scratch / "build")
+        staged = cls.scratch / "staged"
+        run(CMAKE, "--install", cls.scratch / "build", "--prefix", staged)
+        # An installed tree may be moved.
+        cls.prefix = cls.scratch / "moved" / "wrapton"
+        cls.prefix.parent.mkdir()
+        staged.rename(cls.prefix)
+
+    def stranger(self, name, find, languages, *definitions):
+        directory = self.scratch / name
+        directory.mkdir()
+        (directory / "stranger.c").write_text(PROGRAM)
+        (directory / "CMakeLists.txt").write_text(PROJECT.format(find=find, languages=languages))
+        configure(directory, directory / "build", *definitions)
+        build(directory / "build")
+        return run(directory / "build" / "stranger")
+
+    def test_find_package(self):
+        # A static library is C++ inside, so its users link as C++.
+        languages = "C" if self.shared else "C CXX"
+        find = "find_package(wrapton 1.0 REQUIRED CONFIG)"
+        printed = self.stranger("by_package", find, languages, f"-DCMAKE_PREFIX_PATH={self.prefix}")
+        self.assertEqual(printed, "1 0\n")
+
+    def test_find_package_refuses_another_major_version(self):
+        find = "find_package(wrapton 2.0 REQUIRED CONFIG)"
+        with self.assertRaisesRegex(AssertionError, "requested version"):
+            self.stranger("by_other_version", find, "C CXX", f"-DCMAKE_PREFIX_PATH={self.prefix}")
+
+    def test_pkg_config(self):
+        if shutil.which("pkg-config") is None:
+            self.skipTest("pkg-config is not installed")
+        directory = self.scratch / "by_pkg_config"
+        directory.mkdir()
+        source = directory / "stranger.c"
+        source.write_text(PROGRAM)
+        environment = dict(
+            os.environ,
+            PKG_CONFIG_PATH=str(self.prefix / "lib" / "pkgconfig"),
+            LD_LIBRARY_PATH=str(self.prefix / "lib"),
+        )
+        flags = run("pkg-config", "--cflags", "--libs", "wrapton", env=environment).split()
+        program = directory / "stranger"
+        run(C_COMPILER, "-std=c99", "-Werror", source, *flags, "-o", program)
+        self.assertEqual(run(program, env=environment), "1 0\n")
+        self.assertEqual(run("pkg-config", "--modversion", "wrapton", env=environment), "1.0.0\n")
+
+    def test_installs_its_files_and_no_others(self):
+        installed = {str(path.relative_to(self.prefix)) for path in self.prefix.rglob("*") if not path.is_dir()}
+        libraries = {"lib/libwrapton.so", "lib/libwrapton.so.1", "lib/libwrapton.so.1.0.0"}
+        self.assertEqual(
+            installed,
+            {
+                "include/wrapton/Wrapton.h",
+                "lib/cmake/wrapton/wraptonConfig.cmake",
+                "lib/cmake/wrapton/wraptonConfigVersion.cmake",
+                "lib/cmake/wrapton/wraptonTargets.cmake",
+                "lib/cmake/wrapton/wraptonTargets-debug.cmake",
+                "lib/pkgconfig/wrapton.pc",
+            }
+            | (libraries if self.shared else {"lib/libwrapton.a"}),
+        )
+
+
+class SharedInstall(Install, unittest.TestCase):
+    shared = True
+
+
+class StaticInstall(Install, unittest.TestCase):
+    shared = False
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
