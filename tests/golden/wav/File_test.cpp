@@ -125,7 +125,7 @@ TEST(WavHeaderBytes, DoNotDependOnWhatIsSaidOfTheStreams)
 
     SeekingSink told;
     Recorder recorder(kWav, told);
-    EXPECT_EQ(recorder.Header(&header), 0);
+    EXPECT_EQ(recorder.HeaderWith(&header), 0);
     recorder.Input(Support::Audio(SG_ENCODE_AUDIO_G711A, Payload(8), 44100, 2, 8));
     recorder.Input(Support::Audio(SG_ENCODE_AUDIO_G711A, Payload(8), 44100, 2, 8));
     recorder.Tailer();
@@ -133,7 +133,7 @@ TEST(WavHeaderBytes, DoNotDependOnWhatIsSaidOfTheStreams)
 
     SeekingSink untold;
     Recorder other(kWav, untold);
-    EXPECT_EQ(other.Header(nullptr), 0);
+    EXPECT_EQ(other.HeaderWith(nullptr), 0);
     EXPECT_TRUE(Same(untold.Image(), WavHeader(0xFFFFFFF8, 0xFFFFFFD4)));
 }
 
