@@ -14,8 +14,6 @@ using Support::Ext;
 using Support::H264I;
 using Support::H264P;
 using Support::Hex;
-using Support::Join;
-using Support::Msb32;
 using Support::Payload;
 using Support::Recorder;
 using Support::ResizingSink;
