@@ -1,6 +1,6 @@
 /**
  * @file FailingNew.h
- * Lets one allocation of the C++ allocator fail.
+ * Lets allocations of the C++ allocator fail.
  *
  * FailingNew.cpp replaces the global allocator, so it is a source of the executables that want it
  * and not a part of what all tests share. The replacement reaches the library through the dynamic
@@ -9,13 +9,32 @@
 #ifndef WRAPTON_TESTS_SUPPORT_FAILINGNEW_H
 #define WRAPTON_TESTS_SUPPORT_FAILINGNEW_H
 
+#include <cstddef>
+
 namespace Support
 {
 
 /**
- * While one lives, the allocations of its thread are counted, and the one behind the first @p left
- * gives nothing. When it ends, @p left is what remained: below 0 once the failure has come, and
- * then nothing fails any more.
+ * For its lifetime the @p number-th allocation of this thread, counted from 1, finds no memory, and
+ * with @p onwards all behind it neither. 0 lets every one succeed and counts only.
+ */
+class FailingNew
+{
+public:
+    explicit FailingNew(std::size_t number, bool onwards = false);
+    FailingNew(const FailingNew&) = delete;
+    FailingNew& operator=(const FailingNew&) = delete;
+    ~FailingNew();
+
+    /// Allocations asked for since the construction.
+    [[nodiscard]] static std::size_t Asked();
+};
+
+/**
+ * One failure in the course of several calls: while an object lives, the allocation behind the
+ * first
+ * @p left of this thread finds no memory. When it ends, @p left is what remained: below 0 once the
+ * failure has come, and then nothing fails any more.
  */
 class Shortage
 {
@@ -29,7 +48,7 @@ private:
     long& m_left;
 };
 
-/// Suspends the shortage, for a callback that allocates for itself.
+/// Suspends failing and counting, for a callback that allocates for itself.
 class Plenty
 {
 public:
@@ -39,7 +58,7 @@ public:
     ~Plenty();
 
 private:
-    long m_left;
+    bool m_wasActive;
 };
 
 }  // namespace Support

@@ -3,12 +3,12 @@
 
 #include "Package.h"
 #include "Wrapton.h"
+#include "support/FailingNew.h"
 #include "support/Frames.h"
 #include "support/Sinks.h"
 #include "tool/AutoLock.h"
 #include "tool/Buffer.h"
 #include "tool/DynamicBuffer.h"
-#include "unit/FailingNew.h"
 
 namespace Orbel::Wrapton
 {
