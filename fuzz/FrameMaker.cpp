@@ -1,0 +1,112 @@
+#include "FrameMaker.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Fuzz
+{
+namespace
+{
+
+using namespace Orbel::Wrapton;
+
+constexpr std::array<uint32_t, 8> kTypes = {SG_FRAME_TYPE_VIDEO,
+                                            SG_FRAME_TYPE_VIDEO,
+                                            SG_FRAME_TYPE_AUDIO,
+                                            SG_FRAME_TYPE_AUDIO,
+                                            SG_FRAME_TYPE_EXT,
+                                            SG_FRAME_TYPE_UNKNOW,
+                                            4,
+                                            0xFFFFFFFF};
+constexpr std::array<uint32_t, 6> kSubTypes = {SG_FRAME_SUB_TYPE_I,
+                                               SG_FRAME_SUB_TYPE_I,
+                                               SG_FRAME_SUB_TYPE_P,
+                                               SG_FRAME_SUB_TYPE_B,
+                                               SG_FRAME_SUB_TYPE_JPEG_FRAME,
+                                               9};
+constexpr std::array<uint32_t, 10> kEncodings = {SG_ENCODE_VIDEO_HI_H264,
+                                                 SG_ENCODE_VIDEO_QV_H264,
+                                                 SG_ENCODE_VIDEO_MPEG4,
+                                                 SG_ENCODE_VIDEO_JPEG,
+                                                 SG_ENCODE_AUDIO_AAC,
+                                                 SG_ENCODE_AUDIO_MP2,
+                                                 SG_ENCODE_AUDIO_PCM16,
+                                                 SG_ENCODE_AUDIO_G711A,
+                                                 SG_ENCODE_VIDEO_STD_H264,
+                                                 0xFFFFFFFF};
+constexpr std::array<uint32_t, 8> kNumbers = {0, 1, 25, 8000, 48000, 90000, 0x7FFFFFFF, 0xFFFFFFFF};
+/// Around the 3 MiB of the largest work buffer, with and without a box header ahead.
+constexpr std::array<uint32_t, 6> kLimits = {
+    0x2FFFF7, 0x2FFFF8, 0x2FFFF9, 0x2FFFFF, 0x300000, 0x300001};
+
+/// The bits of a frame's first byte.
+enum : unsigned
+{
+    kWithAttributes = 1,
+    kAtALimit = 2,
+    kSpoiled = 4,
+    kShortOfBytes = 8
+};
+
+void Spoil(SGFrameInfo& record, unsigned way)
+{
+    switch (way % 4)
+    {
+        case 0:
+            record.frame_pointer = nullptr;
+            break;
+        case 1:
+            record.frame_size = 0;
+            break;
+        case 2:
+            record.struct_size = way;
+            break;
+        default:
+            record.split_info = {1, 100, 100, nullptr};
+            break;
+    }
+}
+
+}  // namespace
+
+MadeFrame MakeFrame(ByteSource& source)
+{
+    const unsigned shape = source.U8();
+    MadeFrame frame;
+    SGFrameInfo& record = frame.record;
+    record.struct_size = sizeof(record);
+    record.frame_type = source.Choose(kTypes);
+    record.frame_sub_type = source.Choose(kSubTypes);
+    record.frame_encode = source.Choose(kEncodings);
+    record.width = 640;
+    record.heigth = 360;
+    record.frame_rate = 25;
+    record.sample_rate = 8000;
+    record.channels = 1;
+    record.bit_per_sample = 16;
+    if ((shape & kWithAttributes) != 0)
+    {
+        record.frame_rate = source.Choose(kNumbers);
+        record.sample_rate = source.Choose(kNumbers);
+        record.channels = source.Choose(kNumbers);
+        record.bit_per_sample = source.Choose(kNumbers);
+        record.width = source.U32();
+        record.heigth = source.U32();
+        record.frame_time = source.U32();
+        record.frame_data = source.U32();
+    }
+
+    const uint32_t wanted = (shape & kShortOfBytes) != 0 ? source.U8() % 8u : source.U8();
+    const std::span<const uint8_t> given = source.Take(wanted);
+    const bool limit = (shape & kAtALimit) != 0 && shape >= 0xE0;
+    const std::size_t size = limit ? source.Choose(kLimits) : given.size();
+    frame.bytes = std::make_unique<unsigned char[]>(size);
+    std::fill_n(frame.bytes.get(), size, static_cast<unsigned char>(0x5A));
+    std::copy_n(given.begin(), std::min(size, given.size()), frame.bytes.get());
+    record.frame_pointer = frame.bytes.get();
+    record.frame_size = static_cast<uint32_t>(size);
+    if ((shape & kSpoiled) != 0 && shape >= 0xC0) Spoil(record, source.U8());
+    return frame;
+}
+
+}  // namespace Fuzz

@@ -1,0 +1,21 @@
+#ifndef WRAPTON_FUZZ_REQUIRE_H
+#define WRAPTON_FUZZ_REQUIRE_H
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace Fuzz
+{
+
+/// Ends the run, so that the input is kept, when the library did what it must never do.
+inline void Require(bool holds, const char* what)
+{
+    if (holds) return;
+
+    std::fprintf(stderr, "violated: %s\n", what);
+    std::abort();
+}
+
+}  // namespace Fuzz
+
+#endif  // WRAPTON_FUZZ_REQUIRE_H
