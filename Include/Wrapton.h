@@ -99,7 +99,7 @@ extern "C"
         SG_FRAME_SUB_TYPE_P = 1,
         SG_FRAME_SUB_TYPE_B = 2,
         SG_FRAME_SUB_TYPE_JPEG_FRAME = 8,
-        SG_FRAME_SUB_TYPE_UNKNOWN = 9
+        SG_FRAME_SUB_TYPE_UNKNOW = 9 /**< spelled so in the interface */
     } SG_FRAME_SUB_TYPE;
 
     /** Video encodings, SGFrameInfo::frame_encode of a video frame. Value 5 is not assigned. */

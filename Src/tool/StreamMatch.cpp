@@ -48,7 +48,7 @@ static_assert(kEncodings[encodeTypeHevc] == 0);
 constexpr std::array<unsigned int, frameSubtypeJpegFrame + 1> kSubTypes = []
 {
     std::array<unsigned int, frameSubtypeJpegFrame + 1> table{};
-    table.fill(SG_FRAME_SUB_TYPE_UNKNOWN);
+    table.fill(SG_FRAME_SUB_TYPE_UNKNOW);
     table[frameSubtypeIFrame] = SG_FRAME_SUB_TYPE_I;
     table[frameSubtypePFrame] = SG_FRAME_SUB_TYPE_P;
     table[frameSubtypeBFrame] = SG_FRAME_SUB_TYPE_B;
@@ -95,7 +95,7 @@ unsigned int ConvertFrameType(unsigned int frameType) noexcept
 
 unsigned int ConvertFrameSubType(unsigned int frameSubType) noexcept
 {
-    return LookUp(kSubTypes, frameSubType, SG_FRAME_SUB_TYPE_UNKNOWN);
+    return LookUp(kSubTypes, frameSubType, SG_FRAME_SUB_TYPE_UNKNOW);
 }
 
 unsigned int ConvertErrorMsg(unsigned int error) noexcept

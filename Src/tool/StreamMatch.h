@@ -99,7 +99,7 @@ unsigned int ConvertEncodeType(unsigned int encodeType) noexcept;
 /// The characters 'A', 'V' and 'X' to SG_FRAME_TYPE; SG_FRAME_TYPE_UNKNOW for any other.
 unsigned int ConvertFrameType(unsigned int frameType) noexcept;
 
-/// FrameSubtype to SG_FRAME_SUB_TYPE; SG_FRAME_SUB_TYPE_UNKNOWN for what is no picture.
+/// FrameSubtype to SG_FRAME_SUB_TYPE; SG_FRAME_SUB_TYPE_UNKNOW for what is no picture.
 unsigned int ConvertFrameSubType(unsigned int frameSubType) noexcept;
 
 /// SG_ERR_TYPE to FuncResult. Kept: codes above SG_ERR_PARAM_ERR count as no error.

@@ -136,7 +136,7 @@ TEST(SyncSamples, AreTheIFrames)
         .Input(H264P(kPFrame).As(SG_FRAME_SUB_TYPE_B))
         .Input(H264I(kIFrame))
         .Input(H264P(kPFrame).As(SG_FRAME_SUB_TYPE_JPEG_FRAME))
-        .Input(H264P(kPFrame).As(SG_FRAME_SUB_TYPE_UNKNOWN))
+        .Input(H264P(kPFrame).As(SG_FRAME_SUB_TYPE_UNKNOW))
         .Input(H264P(kPFrame).As(0x80000000))
         .Input(H264I(kIFrame))
         .Tailer();

@@ -44,7 +44,7 @@ TEST_P(VideoInput, IsDroppedUpToTheFirstIFrame)
     recording.Sink().ForgetBlocks();
     recording.Input(H264P(kPFrame))
         .Input(H264P(kPFrame).As(SG_FRAME_SUB_TYPE_B))
-        .Input(H264P(kIFrame).As(SG_FRAME_SUB_TYPE_UNKNOWN));
+        .Input(H264P(kIFrame).As(SG_FRAME_SUB_TYPE_UNKNOW));
     EXPECT_TRUE(recording.Blocks().empty());
     recording.Input(H264I(kIFrame)).Input(H264P(kPFrame));
     ASSERT_EQ(recording.Blocks().size(), 2u);
