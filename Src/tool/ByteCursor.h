@@ -57,8 +57,8 @@ protected:
     /// A place that has been produced and stored already; null when it was not.
     [[nodiscard]] unsigned char* Stored(size_t at, size_t count) noexcept
     {
-        return at + count <= m_nProduced && at + count <= m_room.size() ? m_room.data() + at
-                                                                        : nullptr;
+        const size_t stored = m_nProduced < m_room.size() ? m_nProduced : m_room.size();
+        return count <= stored && at <= stored - count ? m_room.data() + at : nullptr;
     }
 
 private:
@@ -108,9 +108,11 @@ public:
         static_assert(Total == 8 || Total == 16 || Total == 24 || Total == 32 || Total == 64);
         uint64_t word = 0;
         ((word = word << Widths | fields.value), ...);
-        for (unsigned left = Total; left != 0; left -= 8)
+        // One claim for the whole word: it is stored whole or, at the end of the room, not at all.
+        unsigned char* const place = Claim(Total / 8);
+        for (unsigned left = Total; left != 0 && place != nullptr; left -= 8)
         {
-            U8(static_cast<uint8_t>(word >> (left - 8)));
+            place[(Total - left) / 8] = static_cast<unsigned char>(word >> (left - 8));
         }
     }
 

@@ -147,6 +147,9 @@ TEST(CByteCursor, StoresEveryKindOfFieldWholeOrNotAtAll)
     tooLongBy1(4, [](CMsbCursor& w) { w.FourCC("moov"); });
     tooLongBy1(5, [](CMsbCursor& w) { w.Bytes(Hex("01 02 03 04 05")); });
     tooLongBy1(6, [](CMsbCursor& w) { w.Fill(6, 0); });
+    tooLongBy1(2, [](CMsbCursor& w) { w.Bits<16>(Field<8>(1), Field<8>(2)); });
+    tooLongBy1(4, [](CMsbCursor& w) { w.Bits<32>(Field<32>(1)); });
+    tooLongBy1(8, [](CMsbCursor& w) { w.Bits<64>(Field<32>(1), Field<32>(2)); });
 
     const Room room(15);
     CLsbCursor lsb(room.Span());
@@ -214,6 +217,7 @@ TEST(PatchU32, LeavesAPlaceAloneThatWasNotProducedOrNotStored)
     w.PatchU32(1, 0xAAAAAAAA);  // its last byte is not produced yet
     w.PatchU32(4, 0xAAAAAAAA);
     w.PatchU32(100, 0xAAAAAAAA);
+    w.PatchU32(SIZE_MAX - 1, 0xAAAAAAAA);  // its end would wrap around to 2
     EXPECT_EQ(room.Content(), Hex("01 02 03 04 EE EE EE EE"));
 
     w.U64(0);  // too long: produced, but not stored
