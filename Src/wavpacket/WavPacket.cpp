@@ -126,9 +126,6 @@ int CWavPacket::InputAudioData(const SGFrameInfo* pFrame)
     {
         return SG_ERR_ENCODE_UNSUPPORT;
     }
-    // A block's size is a signed 32-bit number.
-    if (pFrame->frame_size > INT_MAX) return SG_ERR_PARAM_ERR;
-
     if (m_bAudio == 0)
     {
         HeaderBytes scratch{};
@@ -138,6 +135,9 @@ int CWavPacket::InputAudioData(const SGFrameInfo* pFrame)
         // Kept: consumers rely on the first frame's bytes staying out of the file.
         return SG_ERR_NOERR;
     }
+
+    // A block's size is a signed 32-bit number.
+    if (pFrame->frame_size > INT_MAX) return SG_ERR_PARAM_ERR;
 
     m_nFileOffset += OutputData(pFrame->frame_pointer, pFrame->frame_size, m_nFileOffset);
     return SG_ERR_NOERR;

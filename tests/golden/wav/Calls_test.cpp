@@ -121,6 +121,23 @@ TEST(WavFirstFrame, MayHaveAnyOfTheTwoEncodings)
     }
 }
 
+TEST(WavFirstFrame, MayHaveAnySizeBecauseItsBytesAreNotRead)
+{
+    SeekingSink sink;
+    Recorder recorder(kWav, sink);
+    recorder.Header();
+    sink.ForgetBlocks();
+    Bytes bytes = Payload(6);
+    SGFrameInfo record = RecordOf(Pcm16(bytes));
+    record.frame_pointer = bytes.data();
+    record.frame_size = 0x80000000u;
+    EXPECT_EQ(SG_InputFrame(recorder.Handle(), &record), 0);
+    ASSERT_EQ(sink.Blocks().size(), 1u);
+    EXPECT_TRUE(IsBlock(sink.Blocks()[0], 0, WavHeader(36, 0)));
+    recorder.Input(Pcm16(Payload(5)));
+    EXPECT_TRUE(IsBlock(sink.Blocks().at(1), 44, Payload(5)));
+}
+
 TEST_F(StartedWav, IgnoresEverythingElseInTheRecord)
 {
     EXPECT_EQ(InputSpoiled(
