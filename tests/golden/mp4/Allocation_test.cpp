@@ -158,6 +158,9 @@ TEST_P(Allocation, ThatFailsForABackupOrTheTailerHarmsNothing)
 
 TEST(AllocationOfTheTailer, FailsOnlyAfterTheReserveWasRewritten)
 {
+    Recording whole(kMp4);
+    whole.Header(1000).Tailer();
+
     AllocatorLog log;
     SeekingSink sink;
     Recorder recorder(kMp4.type, Create(sink));
@@ -167,6 +170,13 @@ TEST(AllocationOfTheTailer, FailsOnlyAfterTheReserveWasRewritten)
     ASSERT_EQ(sink.Blocks().size(), 4u);
     EXPECT_EQ(sink.Blocks()[3].position, 32);
     EXPECT_EQ(sink.Blocks()[3].size, 8 + 1000 - 116);
+    // The next attempt finds the whole reserve again.
+    EXPECT_EQ(recorder.Tailer(), SG_ERR_NOERR);
+    ASSERT_EQ(sink.Blocks().size(), 7u);
+    EXPECT_EQ(sink.Blocks()[4].position, 32);
+    EXPECT_EQ(sink.Blocks()[4].size, 8 + 1000 - 116);
+    EXPECT_EQ(sink.Blocks()[5].position, 32 + 8 + 1000 - 116);
+    EXPECT_EQ(sink.Image().size(), whole.Sink().Image().size());
 }
 
 }  // namespace
