@@ -1,6 +1,7 @@
 #include "PackageImpl.h"
 
 #include "mp4packet/Mp4Packet.h"
+#include "omfpacket/OmfPacket.h"
 #include "wavpacket/WavPacket.h"
 
 namespace Orbel::Wrapton
@@ -16,6 +17,8 @@ std::unique_ptr<CPackage> CreatePackage(unsigned int nType, const SGCreateParam*
         case SG_STREAM_TYPE_MP4_64:
         case SG_STREAM_TYPE_MOV_64:
             return std::make_unique<CMp4Packet>(nType, pCreateParam);
+        case SG_STREAM_TYPE_OMF:
+            return std::make_unique<COmfPacket>(nType, pCreateParam);
         case SG_STREAM_TYPE_WAV:
             return std::make_unique<CWavPacket>(nType, pCreateParam);
         default:
