@@ -48,16 +48,20 @@ int Recorder::HeaderWith(SGHeaderInfo* header)
 
 int Recorder::Input(const Frame& frame)
 {
-    const std::size_t size = frame.bytes.size();
-    const std::unique_ptr<unsigned char[]> bytes(new unsigned char[size]);
-    std::copy(frame.bytes.begin(), frame.bytes.end(), bytes.get());
-    SGFrameInfo record = RecordOf(frame);
-    record.frame_pointer = bytes.get();
+    return Input(RecordOf(frame), frame.bytes);
+}
+
+int Recorder::Input(SGFrameInfo record, const Bytes& bytes)
+{
+    const std::unique_ptr<unsigned char[]> exact(new unsigned char[bytes.size()]);
+    std::copy(bytes.begin(), bytes.end(), exact.get());
+    record.frame_pointer = exact.get();
+    record.frame_size = static_cast<uint32_t>(bytes.size());
     const SGFrameInfo before = record;
 
     const int result = SG_InputFrame(m_handle, &record);
 
-    EXPECT_TRUE(std::equal(frame.bytes.begin(), frame.bytes.end(), bytes.get()))
+    EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), exact.get()))
         << "the caller's frame was written to";
     EXPECT_EQ(std::memcmp(&before, &record, sizeof(record)), 0)
         << "the caller's record was written to";

@@ -37,6 +37,8 @@ public:
      * them is seen. Fails the test when the call wrote to the bytes or to the record.
      */
     int Input(const Frame& frame);
+    /// The same for a record with fields that Frame does not have; its pointer and size are set.
+    int Input(Orbel::Wrapton::SGFrameInfo record, const Bytes& bytes);
 
     int Tailer();
     int Backup(Orbel::Wrapton::SGOutputData& backup);
