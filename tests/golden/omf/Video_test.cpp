@@ -120,7 +120,7 @@ TEST(OmfVideo, FrameTypeFollowsSubTypeAndJpegStandsFirst)
                            Row{SG_ENCODE_VIDEO_HI_H264, 3, 0x00},
                            Row{SG_ENCODE_VIDEO_HI_H264, 4, 0x00},
                            Row{SG_ENCODE_VIDEO_HI_H264, kJpegFrame, 0x00},
-                           Row{SG_ENCODE_VIDEO_HI_H264, SG_FRAME_SUB_TYPE_UNKNOWN, 0x00},
+                           Row{SG_ENCODE_VIDEO_HI_H264, SG_FRAME_SUB_TYPE_UNKNOW, 0x00},
                            Row{SG_ENCODE_VIDEO_HI_H264, 0xFFFFFFFF, 0x00},
                            Row{SG_ENCODE_VIDEO_JPEG, kI, 0xFB},
                            Row{SG_ENCODE_VIDEO_JPEG, kP, 0xFB},
@@ -208,7 +208,7 @@ TEST(OmfVideo, EveryPictureIsDescribedAsTheLastKeyFrameWas)
 TEST(OmfVideo, PicturesAheadOfTheFirstKeyFrameAreRefused)
 {
     Native native;
-    for (const uint32_t subType : {kP, kB, 3u, uint32_t{SG_FRAME_SUB_TYPE_UNKNOWN}})
+    for (const uint32_t subType : {kP, kB, 3u, uint32_t{SG_FRAME_SUB_TYPE_UNKNOW}})
     {
         native.Refuse(Picture(subType), Hex("01"));
         native.Refuse(Picture(subType, SG_ENCODE_VIDEO_JPEG), Hex("01"));
