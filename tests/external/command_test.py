@@ -19,7 +19,7 @@ SAMPLES = MEDIA / "tone_8000_mono.s16le"
 
 class Help(MediaTest):
     def test_every_level_has_help(self):
-        for level, words in (([], ["pack", "formats", "--version"]),
+        for level, words in (([], ["pack", "info", "formats", "--version"]),
                              (["pack"], ["INPUT... OUTPUT", "--video", "--audio", "--to", "--fps",
                                          "--reserve", "--json", "--progress", "Exit codes"]),
                              (["formats"], ["--json"])):
@@ -50,6 +50,7 @@ class Formats(MediaTest):
         "mp464": (14, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
         "mov64": (15, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
         "mp4noseek": (12, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
+        "omf": (3, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2", "alaw", "s16le"]),
         "wav": (16, [], ["alaw", "s16le"]),
     }
 

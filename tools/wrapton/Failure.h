@@ -10,7 +10,8 @@ namespace Orbel::Wrapton::Command
 enum ExitCode
 {
     kExitDone = 0,
-    kExitStreamRefused = 1,  ///< a whole stream is not in the output
+    kExitStreamRefused = 1,  ///< pack: a whole stream is not in the output
+    kExitDamaged = 1,        ///< info: a part of the recording is damaged
     kExitFailed = 2,         ///< reading, writing or the call itself failed
     kExitSignal = 128        ///< plus the number of the signal that ended the recording
 };

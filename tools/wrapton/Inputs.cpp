@@ -6,6 +6,7 @@
 
 #include "AvSource.h"
 #include "Failure.h"
+#include "OmfSource.h"
 
 namespace Orbel::Wrapton::Command
 {
@@ -24,6 +25,11 @@ public:
     /// Takes the kinds that are asked for and still missing.
     void Take(const std::string& path, bool video, bool audio)
     {
+        if (IsOmf(path))
+        {
+            TakeOmf(path, video, audio);
+            return;
+        }
         auto input = std::make_unique<AvInput>(path, m_raw);
         const auto video_stream = input->BestStream(AVMEDIA_TYPE_VIDEO);
         const auto audio_stream = input->BestStream(AVMEDIA_TYPE_AUDIO);
@@ -51,6 +57,35 @@ public:
     }
 
 private:
+    void TakeOmf(const std::string& path, bool video, bool audio)
+    {
+        const OmfContent content = ReadOmfContent(path);
+        const bool take_video = video && content.video && m_pVideo == nullptr;
+        const bool take_audio = audio && content.audio && m_pAudio == nullptr;
+        if (!take_video && !take_audio) throw Failure(path + ": " + NothingIn(video, audio));
+
+        if (take_video) m_pVideo = Source(content, OmfStream::kVideo);
+        if (take_audio) m_pAudio = Source(content, OmfStream::kAudio);
+        NoteOthers(content, take_video, take_audio);
+    }
+
+    [[nodiscard]] std::unique_ptr<FrameSource> Source(const OmfContent& content,
+                                                      OmfStream stream) const
+    {
+        return std::make_unique<OmfSource>(content, stream, m_request.frame_rate);
+    }
+
+    void NoteOthers(const OmfContent& content, bool video, bool audio)
+    {
+        const auto note = [&](const std::string& what)
+        { m_left_out.push_back(content.path + ": " + what); };
+        if (content.video && !video) note("its video");
+        if (content.audio && !audio) note("its audio");
+        if (content.ext_frames > 0)
+            note(std::to_string(content.ext_frames) + " frames of extension data");
+        if (content.skipped > 0) note(std::to_string(content.skipped) + " damaged bytes");
+    }
+
     [[nodiscard]] std::string NothingIn(bool video, bool audio) const
     {
         if (video && audio)

@@ -10,6 +10,7 @@
 #include "AvTypes.h"
 #include "Failure.h"
 #include "FormatsCommand.h"
+#include "InfoCommand.h"
 #include "PackCommand.h"
 
 namespace
@@ -26,6 +27,7 @@ int RunCommand(int argc, char** argv)
     std::function<int()> run;
     AddPackCommand(app, run);
     AddFormatsCommand(app, run);
+    AddInfoCommand(app, run);
     try
     {
         app.parse(argc, argv);
