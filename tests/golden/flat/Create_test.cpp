@@ -20,6 +20,7 @@ using Support::SeekingSink;
 /// The types that have a packager by now. 3GP (7) and TS (10) never get one here.
 const std::set<unsigned int> kBuilt = {
     SG_STREAM_TYPE_MP4,
+    SG_STREAM_TYPE_OMF,
     SG_STREAM_TYPE_MOV,
     SG_STREAM_TYPE_MP4_NOSEEK,
     SG_STREAM_TYPE_MP4_64,

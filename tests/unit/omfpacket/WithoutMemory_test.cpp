@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "omfpacket/OmfPacket.h"
+#include "support/Bytes.h"
 #include "support/FailingNew.h"
 
 namespace Orbel::Wrapton
