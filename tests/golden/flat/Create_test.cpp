@@ -136,7 +136,7 @@ TEST_P(CreateRecord, HandsTheUserValueBackWithEveryBlock)
     ASSERT_NE(handle, nullptr);
     EXPECT_EQ(s_blocks, 0);  // nothing is emitted yet
     Record(handle, GetParam());
-    EXPECT_GT(s_blocks, 3);
+    EXPECT_GE(s_blocks, 2);
     EXPECT_EQ(s_user, &user);
     SG_DestroyHandle(handle);
     s_blocks = 0;
@@ -151,7 +151,7 @@ TEST_P(CreateRecord, MayHoldACallbackWithoutAUserValue)
     void* const handle = SG_CreateHandle(GetParam(), &create);
     ASSERT_NE(handle, nullptr);
     Record(handle, GetParam());
-    EXPECT_GT(s_blocks, 3);
+    EXPECT_GE(s_blocks, 2);
     EXPECT_EQ(s_user, nullptr);
     SG_DestroyHandle(handle);
     s_blocks = 0;
@@ -183,6 +183,12 @@ TEST_P(CreateRecord, LetsOnePairOfFunctionsGiveAllWorkingBuffersAndTakeThemBack)
     EXPECT_EQ(log.Asked().size(), log.Released().size());
 }
 
+/// The others compose their blocks in buffers of their own, which grow with the frames.
+bool TakesWorkBuffer(unsigned int type)
+{
+    return type != SG_STREAM_TYPE_AVI && type != SG_STREAM_TYPE_OMF && type != SG_STREAM_TYPE_WAV;
+}
+
 int s_allocated = 0;
 int s_released = 0;
 
@@ -209,7 +215,7 @@ TEST_P(CreateRecord, MayReplaceTheAllocatorAlone)
     ASSERT_NE(handle, nullptr);
     Record(handle, GetParam());
     SG_DestroyHandle(handle);
-    EXPECT_EQ(s_allocated > 0, GetParam() != SG_STREAM_TYPE_WAV);
+    EXPECT_EQ(s_allocated > 0, TakesWorkBuffer(GetParam()));
     EXPECT_EQ(s_released, 0);
 }
 
@@ -223,7 +229,7 @@ TEST_P(CreateRecord, MayReplaceTheReleaseAlone)
     Record(handle, GetParam());
     SG_DestroyHandle(handle);
     EXPECT_EQ(s_allocated, 0);
-    EXPECT_EQ(s_released > 0, GetParam() != SG_STREAM_TYPE_WAV);
+    EXPECT_EQ(s_released > 0, TakesWorkBuffer(GetParam()));
 }
 
 TEST(CreateHandle, MakesHandlesThatAreIndependentOfEachOther)
