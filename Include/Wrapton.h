@@ -296,18 +296,27 @@ typedef struct SGTailerInfo
 typedef struct SGRtpPackageParam
 {
     uint32_t struct_size;       /**< not read; set to 64 by SG_GetParam() */
-    uint32_t max_packet_length; /**< bytes; 0 reads back as 1000 */
+    uint32_t max_packet_length; /**< bytes of a packet and its length field; 0: 1000, and so it
+                                     reads back. More than 65537 counts as 65537. Too little for
+                                     header and payload, or more than 31 bits: every frame is
+                                     refused */
     uint32_t sequence_number;   /**< of the next packet, 16 bits. Stored, and read back, one
                                      lower */
-    uint32_t timestamp;         /**< RTP clock units */
-    uint32_t ssrc;              /**< synchronisation source */
-    uint32_t audio_sample;      /**< audio clock in Hz */
-    uint32_t payload_type;      /**< RTP payload type */
-    const unsigned char* extension_data; /**< header extension; the caller's, copied by a set */
+    uint32_t timestamp;         /**< of the first frame, in RTP clock units */
+    uint32_t ssrc;              /**< synchronisation source; a random one until it is set */
+    uint32_t audio_sample;      /**< audio clock in Hz; 0: audio frames do not advance it */
+    uint32_t payload_type;      /**< RTP payload type; 7 bits of it are written */
+    const unsigned char* extension_data; /**< body of the header extension, at most 262140 bytes: a
+                                            longer one is not taken, the former stays. The caller's,
+                                            copied by a set; null: none. A get gives the library's
+                                            copy, valid until the next set */
     uint32_t extension_data_length;      /**< bytes */
-    const unsigned char* custom_data;    /**< header put ahead of payloads; copied by a set */
-    uint32_t custom_data_length;         /**< bytes; narrowed to a signed 8-bit count by a set */
-    uint32_t rtp_output_all_flag;        /**< nonzero: all packets of a frame in one block */
+    const unsigned char* custom_data;    /**< bytes to stand ahead of every packet's length field;
+                                            owned like extension_data */
+    uint32_t custom_data_length;         /**< bytes; narrowed to a signed 8-bit count by a set, what
+                                              is then not positive clears custom_data */
+    uint32_t rtp_output_all_flag;        /**< 1: all packets of a frame in one block; otherwise a
+                                              block for each */
 } SGRtpPackageParam;
 
 #ifdef __cplusplus
@@ -396,7 +405,7 @@ WRAPTON_API int SG_GetBackup(void* handle, WRAPTON_RECORD(SGOutputData) * backup
  * @param nParamLength bytes at pParam, at least 64
  * @return SG_ERR_NOERR, also (with nothing done) for a container other than RTP and for another
  *         nParamType; SG_ERR_HANDLE_EMPTY handle is null; SG_ERR_PARAM_ERR pParam is null or
- *         nParamLength is below 64
+ *         nParamLength is below 64; SG_ERR_MEMORY_OUT an allocation failed, nothing is set
  */
 WRAPTON_API int SG_SetParam(void* handle,
                             unsigned int nParamType,

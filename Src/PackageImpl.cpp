@@ -2,6 +2,7 @@
 
 #include "mp4packet/Mp4Packet.h"
 #include "omfpacket/OmfPacket.h"
+#include "rtppacket/RtpPacket.h"
 #include "wavpacket/WavPacket.h"
 
 namespace Orbel::Wrapton
@@ -19,6 +20,8 @@ std::unique_ptr<CPackage> CreatePackage(unsigned int nType, const SGCreateParam*
             return std::make_unique<CMp4Packet>(nType, pCreateParam);
         case SG_STREAM_TYPE_OMF:
             return std::make_unique<COmfPacket>(nType, pCreateParam);
+        case SG_STREAM_TYPE_RTP:
+            return std::make_unique<CRtpPacket>(nType, pCreateParam);
         case SG_STREAM_TYPE_WAV:
             return std::make_unique<CWavPacket>(nType, pCreateParam);
         default:

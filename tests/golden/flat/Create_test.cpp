@@ -22,6 +22,7 @@ const std::set<unsigned int> kBuilt = {
     SG_STREAM_TYPE_MP4,
     SG_STREAM_TYPE_OMF,
     SG_STREAM_TYPE_MOV,
+    SG_STREAM_TYPE_RTP,
     SG_STREAM_TYPE_MP4_NOSEEK,
     SG_STREAM_TYPE_MP4_64,
     SG_STREAM_TYPE_MOV_64,
