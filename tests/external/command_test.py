@@ -21,7 +21,7 @@ class Help(MediaTest):
     def test_every_level_has_help(self):
         for level, words in (([], ["pack", "info", "formats", "--version"]),
                              (["pack"], ["INPUT... OUTPUT", "--video", "--audio", "--to", "--fps",
-                                         "--reserve", "--json", "--progress", "Exit codes"]),
+                                         "--reserve", "--pcap", "--json", "--progress", "Exit codes"]),
                              (["formats"], ["--json"])):
             done = wrapton(*level, "--help")
             self.assertEqual((done.returncode, done.stderr), (0, ""))
@@ -51,6 +51,7 @@ class Formats(MediaTest):
         "mov64": (15, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
         "mp4noseek": (12, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
         "omf": (3, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2", "alaw", "s16le"]),
+        "rtp": (9, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2", "alaw", "s16le"]),
         "wav": (16, [], ["alaw", "s16le"]),
     }
 

@@ -16,12 +16,14 @@ namespace
 constexpr std::array<std::string_view, 2> kMp4Extensions = {".mp4", ".m4v"};
 constexpr std::array<std::string_view, 2> kMovExtensions = {".mov", ".qt"};
 constexpr std::array<std::string_view, 1> kOmfExtensions = {".omf"};
+constexpr std::array<std::string_view, 1> kRtpExtensions = {".rtp"};
 constexpr std::array<std::string_view, 2> kWavExtensions = {".wav", ".wave"};
 
 constexpr std::array kMp4Video = {Codec::kH264, Codec::kMpeg4, Codec::kMjpeg};
 constexpr std::array kMp4Audio = {Codec::kAac, Codec::kMp2};
 constexpr std::array kOmfVideo = {Codec::kH264, Codec::kMpeg4, Codec::kMjpeg};
 constexpr std::array kOmfAudio = {Codec::kAac, Codec::kMp2, Codec::kAlaw, Codec::kS16le};
+constexpr std::array kRtpAudio = {Codec::kAac, Codec::kMp2, Codec::kAlaw, Codec::kS16le};
 constexpr std::array kWavAudio = {Codec::kAlaw, Codec::kS16le};
 
 constexpr Container Mp4Family(std::string_view name,
@@ -56,6 +58,17 @@ constexpr std::array kContainers = {
               .takes_reserve = false,
               .ignores_closing_block_at_start = false,
               .labels_8000_mono_pcm = false},
+    Container{.name = "rtp",
+              .type = SG_STREAM_TYPE_RTP,
+              .extensions = kRtpExtensions,
+              .video = kMp4Video,
+              .audio = kRtpAudio,
+              .audio_needs_video = false,
+              .constant_rate = false,
+              .takes_reserve = false,
+              .ignores_closing_block_at_start = false,
+              .labels_8000_mono_pcm = false,
+              .is_rtp = true},
     Container{.name = "wav",
               .type = SG_STREAM_TYPE_WAV,
               .extensions = kWavExtensions,

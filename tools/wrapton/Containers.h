@@ -29,6 +29,8 @@ struct Container
     bool ignores_closing_block_at_start;
     /// The header says 8000 Hz, mono, 16-bit PCM whatever is in the file.
     bool labels_8000_mono_pcm;
+    /// Packets of RTP: one stream with one clock, and no file around it.
+    bool is_rtp = false;
 };
 
 /// Every container the command knows, whether or not the library at hand builds it.

@@ -37,6 +37,7 @@ struct PackOptions
     std::vector<std::string> files;  ///< the last one is the output
     std::string to;
     uint32_t reserve = 0;
+    bool pcap = false;
     bool json = false;
     bool progress = false;
 };
@@ -50,7 +51,11 @@ ProgressStyle StyleOf(const PackOptions& options)
 
 void Record(const PackOptions& options, ProgressMeter& meter, Report& report)
 {
-    const Container& container = ChooseContainer(options.to, report.output);
+    // A capture file holds RTP, whatever its name.
+    const bool named = !options.to.empty() || !options.pcap;
+    const Container& container = ChooseContainer(named ? options.to : "rtp", report.output);
+    if (options.pcap && !container.is_rtp)
+        throw Failure("--pcap is for rtp, not for " + std::string(container.name));
     report.container = container.name;
     report.type = container.type;
     report.reserve = options.reserve;
@@ -62,7 +67,7 @@ void Record(const PackOptions& options, ProgressMeter& meter, Report& report)
     if (!recording.HasSomething()) return;
 
     OutputFile output(report.output, options.inputs.AllFiles());
-    recording.Run(output);
+    recording.Run(output, options.pcap);
     report.notes = NotesOn(report, container);
 }
 
@@ -153,6 +158,10 @@ void AddPackCommand(CLI::App& app, std::function<int()>& run)
                      "before the whole file is there; at most 67108864")
         ->type_name("BYTES")
         ->check(CLI::Range(0U, kMostReserve));
+    pack->add_flag("--pcap",
+                   options->pcap,
+                   "Write the packets of rtp as UDP datagrams into a capture file, "
+                   "to be looked at with Wireshark");
     pack->add_option("--rate",
                      options->inputs.raw_rate,
                      "Sample rate of a raw .s16le, .pcm, .alaw or .ulaw input (8000)")

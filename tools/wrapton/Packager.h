@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "Containers.h"
 #include "OutputFile.h"
+#include "PcapFile.h"
+#include "RtpStream.h"
 
 namespace Orbel::Wrapton::Command
 {
@@ -12,13 +15,15 @@ namespace Orbel::Wrapton::Command
 class Packager
 {
 public:
+    /// @param as_pcap writes packets of RTP into a capture file
     /// Throws Failure when the library gives no handle.
-    Packager(const Container& container, OutputFile& output);
+    Packager(const Container& container, OutputFile& output, bool as_pcap);
     Packager(const Packager&) = delete;
     Packager& operator=(const Packager&) = delete;
     ~Packager();
 
     /// Each gives the library's own code.
+    int DescribeRtp(const RtpStream& stream);
     int CreateHeader(SGHeaderInfo& header);
     int InputFrame(SGFrameInfo& frame);
     int CreateTailer();
@@ -30,9 +35,12 @@ public:
 private:
     static void OnBlock(SGOutputData* block, void* self) noexcept;
     void Place(SGOutputData& block);
+    std::size_t Write(const SGOutputData& block);
 
     const Container& m_container;
     OutputFile& m_output;
+    std::optional<PcapFile> m_capture;
+    uint32_t m_nTime = 0;  ///< of the frame at hand, in milliseconds
     void* m_pHandle = nullptr;
     bool m_bStored = false;
     bool m_bClosing = false;

@@ -108,6 +108,8 @@ void Recording::Judge(StreamReport& stream, bool has_video) const
         Refuse(stream, ": " + info.unusable);
     else if (!info.is_video && m_container.audio_needs_video && !has_video)
         Refuse(stream, " without video");
+    else if (m_container.is_rtp && !m_tracks.empty())
+        Refuse(stream, " beside another stream: one session carries one");
 }
 
 SGHeaderInfo Recording::Header() const
@@ -162,6 +164,10 @@ void Recording::PackNext(Packager& packager, Track& track)
     Frame& frame = *track.next;
     StreamReport& report = *track.report;
     SGFrameInfo record = RecordOf(report.info, frame);
+    // The library fragments large units of I and P pictures only; the sub-type says nothing else
+    // here, and receivers need the fragments of B pictures as well.
+    if (m_container.is_rtp && record.frame_sub_type == SG_FRAME_SUB_TYPE_B)
+        record.frame_sub_type = SG_FRAME_SUB_TYPE_P;
     const int code = packager.InputFrame(record);
 
     ++report.frames_in;
@@ -182,6 +188,10 @@ void Recording::PackAll(Packager& packager, OutputFile& output)
 {
     for (Track& track : m_tracks)
         Fetch(track);
+    // Behind the first frame, which may know the sample rate better than the file does.
+    if (m_container.is_rtp &&
+        packager.DescribeRtp(RtpStreamOf(m_tracks.front().report->info)) != SG_ERR_NOERR)
+        throw Failure(output.Path() + ": the library refused the parameters of the stream");
     while (Track* track = Earliest())
     {
         PackNext(packager, *track);
@@ -191,9 +201,9 @@ void Recording::PackAll(Packager& packager, OutputFile& output)
     }
 }
 
-void Recording::Run(OutputFile& output)
+void Recording::Run(OutputFile& output, bool as_pcap)
 {
-    Packager packager(m_container, output);
+    Packager packager(m_container, output, as_pcap);
     SGHeaderInfo header = Header();
     const int begun = packager.CreateHeader(header);
     if (!output.Good()) output.Finish();

@@ -29,7 +29,8 @@ public:
 
     /// Packages everything, and ends the file even when the input fails or the user stops it.
     /// Throws Failure; the report then has the counts so far.
-    void Run(OutputFile& output);
+    /// @param as_pcap writes packets of RTP into a capture file
+    void Run(OutputFile& output, bool as_pcap);
 
 private:
     struct Track

@@ -7,6 +7,7 @@
 
 #include "Containers.h"
 #include "Failure.h"
+#include "RtpStream.h"
 
 namespace Orbel::Wrapton::Command
 {
@@ -117,7 +118,7 @@ std::vector<std::string> NotesOn(const Report& report, const Container& containe
             info.frame_rate.num % info.frame_rate.den != 0)
             notes.push_back(std::string(container.name) + " is written at a whole rate: " +
                             RateText(info.frame_rate) + " pictures per second were rounded");
-        if (container.constant_rate && stream.frames_b > 0)
+        if ((container.constant_rate || container.is_rtp) && stream.frames_b > 0)
             notes.push_back(std::string(container.name) +
                             " keeps decoding order without composition times: the times of " +
                             std::to_string(stream.frames_b) +
@@ -125,6 +126,7 @@ std::vector<std::string> NotesOn(const Report& report, const Container& containe
         if (container.constant_rate && info.codec == Codec::kMpeg4)
             notes.push_back(std::string(container.name) +
                             " cuts an mpeg4 I picture that carries its headers by their length");
+        if (container.is_rtp) notes.push_back(NoteOn(info));
         if (container.labels_8000_mono_pcm &&
             (info.sample_rate != 8000 || info.channels != 1 || info.codec != Codec::kS16le))
             notes.push_back(std::string(container.name) +
