@@ -337,8 +337,9 @@ extern "C" {
  *        record is read during the call only; its functions and user value are kept until
  *        SG_DestroyHandle()
  * @return the handle, to be given back with SG_DestroyHandle(); null for SG_STREAM_TYPE_3GP,
- *         SG_STREAM_TYPE_TS, a container that this version does not build, an unknown number,
- * and when memory ran out
+ *         SG_STREAM_TYPE_TS, a container that this version does not build, an unknown number, and
+ *         when there is no memory for the packager itself. When sg_malloc has no memory for its
+ *         work buffer there is a handle, which refuses the header and every frame
  * @note Nothing is emitted.
  */
 WRAPTON_API void* SG_CreateHandle(unsigned int nType,

@@ -99,7 +99,6 @@ int CMp4Packet::Deinit()
     m_bHeader = false;
     m_bVideo = false;
     m_bAudio = false;
-    // Kept: m_bExt stays, ext frames of a further recording are taken from its start.
     m_pFtyp.reset();
     m_pFree.reset();
     m_pMdat.reset();
@@ -113,7 +112,11 @@ int CMp4Packet::CreateHeader(SGHeaderInfo* pHeader, unsigned int /*nReserved*/)
     if (m_bHeader) return SG_ERR_PARAM_ERR;
     if (m_pFtyp == nullptr || m_pFree == nullptr) return SG_ERR_PARAM_ERR;
     if (m_pOutBuffer == nullptr) return SG_ERR_PARAM_ERR;
-    if (pHeader != nullptr && pHeader->pre_header_len > kMaxReserveLen) return SG_ERR_PARAM_ERR;
+    if (pHeader != nullptr && pHeader->pre_header_len > kMaxReserveLen)
+    {
+        Deinit();  // there is no recording for frames or a tailer to belong to
+        return SG_ERR_PARAM_ERR;
+    }
 
     m_nFileOffset += EmitBox(*m_pFtyp, m_nFileOffset);
     if (pHeader != nullptr) m_pFree->Init(pHeader->pre_header_len, nullptr);
@@ -223,14 +226,9 @@ int CMp4Packet::InputExtData(const SGFrameInfo* pFrame)
 {
     if (m_pMoov == nullptr || m_pMdat == nullptr) return SG_ERR_PARAM_ERR;
 
-    if (!m_bExt)
-    {
-        if (!m_bVideo) return SG_ERR_NOERR;
-        m_bExt = true;
-        // Kept: without a description the track stays out of the movie, its frames are stored only.
-        m_pMoov->Init(MP4_EXT_TRAK, nullptr);
-    }
+    if (!m_bVideo) return SG_ERR_NOERR;  // a file begins with a picture
 
+    // Kept: the track has no description and stays out of the movie; its frames are stored only.
     Mp4_Sample sample = MakeSample(pFrame);
     if (sample.size > PayloadRoom().size()) return SG_ERR_MEMORY_OUT;
 

@@ -77,7 +77,6 @@ private:
     uint32_t m_nVEncode = 0;
     bool m_bAudio = false;  // the track is open
     uint32_t m_nAEncode = 0;
-    bool m_bExt = false;  // ext frames are taken
     std::unique_ptr<CBox_ftyp> m_pFtyp;
     std::unique_ptr<CBox_free> m_pFree;
     std::unique_ptr<CBox_moov> m_pMoov;

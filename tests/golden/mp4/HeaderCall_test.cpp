@@ -156,6 +156,15 @@ TEST(HeaderCallReserve, IsRefusedWithoutAByteWhenItIsBeyond64MiB)
     }
 }
 
+TEST(HeaderCallReserve, LeavesNoRecordingForFramesAndTailerWhenItIsRefused)
+{
+    Recording recording(kMp4);
+    EXPECT_EQ(recording.Calls().Header(kLargestReserve + 1), SG_ERR_PARAM_ERR);
+    EXPECT_EQ(recording.Calls().Input(Support::H264I(kIFrame)), SG_ERR_NOERR);
+    EXPECT_EQ(recording.Calls().Tailer(), SG_ERR_PARAM_ERR);
+    EXPECT_TRUE(recording.Blocks().empty());
+}
+
 TEST(HeaderCallReserve, CanBeAskedForAgainAfterARefusal)
 {
     Recording recording(kMp4);

@@ -10,6 +10,7 @@ namespace
 
 using namespace Orbel::Wrapton;
 using Support::Aac;
+using Support::Ext;
 using Support::H264I;
 using Support::H264P;
 using Support::Hex;
@@ -92,6 +93,18 @@ TEST_P(SecondRecording, HasTracksTablesAndSizesOfItsOwn)
                             flavour.wide ? Hex("00 00 00 01 6D 64 61 74 00 00 00 00 00 00 00 39")
                                          : Hex("00 00 00 31 6D 64 61 74")));
     }
+}
+
+TEST_P(SecondRecording, DropsExtFramesUntilItsVideoTrackIsOpen)
+{
+    Recording recording(GetParam());
+    recording.Header().Input(H264I(kIFrame)).Input(Ext(Payload(9))).Tailer();
+    recording.Header();
+    recording.Sink().ForgetBlocks();
+    recording.Input(Ext(Payload(9)));
+    EXPECT_TRUE(recording.Blocks().empty());
+    recording.Input(H264I(kIFrame)).Input(Ext(Payload(9)));
+    EXPECT_EQ(recording.Blocks().size(), 2u);
 }
 
 TEST_P(SecondRecording, HasABackupOfItsOwn)
