@@ -66,9 +66,10 @@ int main(int argc, char** argv)
 {
     size_t left = 0;
     unsigned char* stream = argc == 6 ? read_file(argv[4], &left) : NULL;
-    struct output out = {argc == 6 && left > 0 ? fopen(argv[5], "wb") : NULL, 0};
-    if (stream == NULL || out.file == NULL)
+    struct output out = {stream != NULL && left > 0 ? fopen(argv[5], "wb") : NULL, 0};
+    if (out.file == NULL)
     {
+        free(stream);
         fputs("usage: record WIDTH HEIGHT FRAMES_PER_SECOND INPUT.h264 OUTPUT.mp4\n", stderr);
         return 2;
     }
@@ -79,9 +80,9 @@ int main(int argc, char** argv)
                          .frame_pointer = stream,
                          .frame_type = SG_FRAME_TYPE_VIDEO,
                          .frame_encode = SG_ENCODE_VIDEO_HI_H264,
-                         .width = (uint32_t)atoi(argv[1]),
-                         .heigth = (uint32_t)atoi(argv[2]),
-                         .frame_rate = (uint32_t)atoi(argv[3])};
+                         .width = (uint32_t)strtoul(argv[1], NULL, 10),
+                         .heigth = (uint32_t)strtoul(argv[2], NULL, 10),
+                         .frame_rate = (uint32_t)strtoul(argv[3], NULL, 10)};
 
     void* mp4 = SG_CreateHandle(SG_STREAM_TYPE_MP4, &create);
     int error = SG_CreateHeader(mp4, &header);

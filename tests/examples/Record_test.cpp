@@ -1,7 +1,8 @@
 // Runs the program of the README and reads its file back.
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include <sys/wait.h>
@@ -23,6 +24,10 @@ constexpr const char* kCamera = RECORD_MEDIA "/camera_640x360_25fps_baseline.h26
 /// A directory for one test, removed with everything in it.
 class Record : public ::testing::Test
 {
+public:
+    Record(const Record&) = delete;
+    Record& operator=(const Record&) = delete;
+
 protected:
     Record()
     {
@@ -30,8 +35,6 @@ protected:
         m_directory = mkdtemp(name.data());
     }
     ~Record() override { std::filesystem::remove_all(m_directory); }
-    Record(const Record&) = delete;
-    Record& operator=(const Record&) = delete;
 
     [[nodiscard]] std::string Path(const std::string& name) const
     {
@@ -47,6 +50,7 @@ protected:
             command.append(" ").append(argument);
         }
         command.append(" 2>/dev/null");
+        // NOLINTNEXTLINE(cert-env33-c): the command is the test's own
         const int status = std::system(command.c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
@@ -85,10 +89,8 @@ TEST_F(Record, TakesAStreamOfSmallPictures)
         "00 00 01 65 88 84 00 00 01 65 48 "           // a key picture of two slices
         "00 00 00 01 41 9A 02 "                       // a picture
         "00 00 01 09 F0 00 00 01 41 9A 04");          // a picture behind its delimiter
-    FILE* const file = std::fopen(input.c_str(), "wb");
-    ASSERT_NE(file, nullptr);
-    std::fwrite(stream.data(), 1, stream.size(), file);
-    std::fclose(file);
+    std::ofstream(input, std::ios::binary)
+        .write(reinterpret_cast<const char*>(stream.data()), std::ssize(stream));
 
     const std::string output = Path("tiny.mp4");
     ASSERT_EQ(Run({"64 48 10", input, output}), 0);
