@@ -1,8 +1,8 @@
 #ifndef WRAPTON_FUZZ_REQUIRE_H
 #define WRAPTON_FUZZ_REQUIRE_H
 
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 
 namespace Fuzz
 {
@@ -12,7 +12,7 @@ inline void Require(bool holds, const char* what)
 {
     if (holds) return;
 
-    std::fprintf(stderr, "violated: %s\n", what);
+    std::cerr << "violated: " << what << std::endl;
     std::abort();
 }
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <random>
 #include <string>
@@ -24,11 +24,9 @@ Input s_running;
 /// Keeps the input that ended the run, to be minimised and added to the corpus.
 void KeepInput(int /*signal*/)
 {
-    std::FILE* const file = std::fopen("failed-input", "wb");
-    if (file == nullptr) return;
-    std::fwrite(s_running.data(), 1, s_running.size(), file);
-    std::fclose(file);
-    std::fputs("the input was kept in ./failed-input\n", stderr);
+    std::ofstream file("failed-input", std::ios::binary);
+    std::copy(s_running.begin(), s_running.end(), std::ostreambuf_iterator<char>(file));
+    std::cerr << "the input was kept in ./failed-input" << std::endl;
 }
 
 void Run(const Input& input)
@@ -78,7 +76,7 @@ void Change(Input& input, std::mt19937& random)
 
 int Usage()
 {
-    std::fputs("usage: TARGET [--changes N] FILE_OR_DIRECTORY...\n", stderr);
+    std::cerr << "usage: TARGET [--changes N] FILE_OR_DIRECTORY...\n";
     return 2;
 }
 
@@ -111,7 +109,8 @@ int main(int argc, char** argv)
     if (files.empty()) return Usage();
     std::sort(files.begin(), files.end());
 
-    std::signal(SIGABRT, KeepInput);
+    if (std::signal(SIGABRT, KeepInput) == SIG_ERR) return 2;
+    // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): the same series in every run
     std::mt19937 random(1);
     for (const std::filesystem::path& file : files)
     {
@@ -125,6 +124,6 @@ int main(int argc, char** argv)
             Run(changed);
         }
     }
-    std::printf("%zu inputs, %lu changed copies of each\n", files.size(), changes);
+    std::cout << files.size() << " inputs, " << changes << " changed copies of each\n";
     return 0;
 }
