@@ -37,31 +37,6 @@ int32_t CopyUnit(ByteSpan unit, unsigned char* out, unsigned int outCap)
     return static_cast<int32_t>(unit.size());
 }
 
-struct Conversion
-{
-    size_t written;
-    bool whole;
-};
-
-Conversion Convert(ByteSpan data, std::span<unsigned char> out)
-{
-    size_t written = 0;
-    StartCode code = FindStartCode(data, 0);
-    while (code.begin < data.size())
-    {
-        const StartCode next = FindStartCode(data, code.unit);
-        const size_t length = next.begin - code.unit;
-        const size_t room = out.size() - written;
-        if (room < 4 || length > room - 4) return {written, false};
-
-        written += MSB_uint32_to_memory(&out[written], static_cast<uint32_t>(length));
-        if (length != 0) std::memcpy(&out[written], &data[code.unit], length);
-        written += length;
-        code = next;
-    }
-    return {written, true};
-}
-
 ByteSpan AsSpan(const unsigned char* data, unsigned int len)
 {
     return data != nullptr ? ByteSpan(data, len) : ByteSpan();
@@ -98,14 +73,34 @@ int32_t CAvcConvert::H264ToAvc(const unsigned char* data,
     if (outCap == 0 || out == nullptr) return -1;
 
     const size_t room = std::min<size_t>(outCap, INT_MAX);
-    return static_cast<int32_t>(Convert(AsSpan(data, len), {out, room}).written);
+    return static_cast<int32_t>(ConvertUnits(AsSpan(data, len), {out, room}).written);
+}
+
+CAvcConvert::Conversion CAvcConvert::ConvertUnits(std::span<const unsigned char> data,
+                                                  std::span<unsigned char> out) noexcept
+{
+    size_t written = 0;
+    StartCode code = FindStartCode(data, 0);
+    while (code.begin < data.size())
+    {
+        const StartCode next = FindStartCode(data, code.unit);
+        const size_t length = next.begin - code.unit;
+        const size_t room = out.size() - written;
+        if (room < 4 || length > room - 4) return {written, 4 + length};
+
+        written += MSB_uint32_to_memory(&out[written], static_cast<uint32_t>(length));
+        if (length != 0) std::memcpy(&out[written], &data[code.unit], length);
+        written += length;
+        code = next;
+    }
+    return {written, 0};
 }
 
 std::optional<size_t> CAvcConvert::ConvertWhole(std::span<const unsigned char> data,
                                                 std::span<unsigned char> out) noexcept
 {
-    const Conversion result = Convert(data, out);
-    if (!result.whole) return std::nullopt;
+    const Conversion result = ConvertUnits(data, out);
+    if (result.left_out != 0) return std::nullopt;
     return result.written;
 }
 

@@ -44,6 +44,18 @@ public:
                       unsigned char* out,
                       unsigned int outCap) const noexcept;
 
+    /// What H264ToAvc() made of a frame.
+    struct Conversion
+    {
+        size_t written = 0;   ///< bytes at the output
+        size_t left_out = 0;  ///< bytes of the first unit that did not fit, length included; 0:
+                              ///< every unit fitted
+    };
+
+    /// H264ToAvc() for users that have to know where it stopped.
+    static Conversion ConvertUnits(std::span<const unsigned char> data,
+                                   std::span<unsigned char> out) noexcept;
+
     /// H264ToAvc() for users that store whole frames only: nothing when a unit did not fit.
     static std::optional<size_t> ConvertWhole(std::span<const unsigned char> data,
                                               std::span<unsigned char> out) noexcept;
