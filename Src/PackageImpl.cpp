@@ -1,5 +1,6 @@
 #include "PackageImpl.h"
 
+#include "flvpacket/FlvPacket.h"
 #include "mp4packet/Mp4Packet.h"
 #include "omfpacket/OmfPacket.h"
 #include "rtppacket/RtpPacket.h"
@@ -12,6 +13,9 @@ std::unique_ptr<CPackage> CreatePackage(unsigned int nType, const SGCreateParam*
 {
     switch (nType)
     {
+        case SG_STREAM_TYPE_FLV:
+        case SG_STREAM_TYPE_STREAM_FLV:
+            return std::make_unique<CFlvPacket>(nType, pCreateParam);
         case SG_STREAM_TYPE_MP4:
         case SG_STREAM_TYPE_MOV:
         case SG_STREAM_TYPE_MP4_NOSEEK:
