@@ -1,5 +1,6 @@
 #include "PackageImpl.h"
 
+#include "asfpacket/AsfPacket.h"
 #include "flvpacket/FlvPacket.h"
 #include "mp4packet/Mp4Packet.h"
 #include "omfpacket/OmfPacket.h"
@@ -13,6 +14,9 @@ std::unique_ptr<CPackage> CreatePackage(unsigned int nType, const SGCreateParam*
 {
     switch (nType)
     {
+        case SG_STREAM_TYPE_ASF:
+        case SG_STREAM_TYPE_STREAM_ASF:
+            return std::make_unique<CAsfPacket>(nType, pCreateParam);
         case SG_STREAM_TYPE_FLV:
         case SG_STREAM_TYPE_STREAM_FLV:
             return std::make_unique<CFlvPacket>(nType, pCreateParam);

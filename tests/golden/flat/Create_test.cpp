@@ -27,6 +27,8 @@ const std::set<unsigned int> kBuilt = {
     SG_STREAM_TYPE_MP4_64,
     SG_STREAM_TYPE_MOV_64,
     SG_STREAM_TYPE_WAV,
+    SG_STREAM_TYPE_ASF,
+    SG_STREAM_TYPE_STREAM_ASF,
     SG_STREAM_TYPE_FLV,
     SG_STREAM_TYPE_STREAM_FLV,
 };
