@@ -10,7 +10,7 @@ import threading
 import time
 
 from boxes import MediaFile
-from readers import AUDIO, MEDIA, VIDEO, WRAPTON, MediaTest, ffprobe, main, pack_json, wrapton
+from readers import AUDIO, MEDIA, VIDEO, WRAPTON, MediaTest, ffmpeg, ffprobe, main, pack_json, wrapton
 
 CAMERA = VIDEO["h264_baseline"].path
 TONE = AUDIO["aac_8000_mono"].path
@@ -50,6 +50,9 @@ class Formats(MediaTest):
         "mp464": (14, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
         "mov64": (15, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
         "mp4noseek": (12, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
+        "asf": (1, ["h264", "mpeg4", "mjpeg"], ["alaw", "ulaw", "s16le"]),
+        "flv": (4, ["h264"], ["s16le"]),
+        "flvstream": (8, ["h264"], ["s16le"]),
         "omf": (3, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2", "alaw", "s16le"]),
         "rtp": (9, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2", "alaw", "s16le"]),
         "wav": (16, [], ["alaw", "s16le"]),
@@ -71,7 +74,8 @@ class Formats(MediaTest):
 
 class Choosing(MediaTest):
     def test_the_extension_names_the_container(self):
-        for extension, container in ((".mp4", "mp4"), (".MOV", "mov"), (".m4v", "mp4")):
+        for extension, container in ((".mp4", "mp4"), (".MOV", "mov"), (".m4v", "mp4"),
+                                     (".flv", "flv"), (".asf", "asf")):
             result = self.packed(CAMERA, self.directory / ("out" + extension))
             self.assertEqual(result["container"], container)
 
@@ -131,11 +135,11 @@ class Refusals(MediaTest):
         self.assertEqual(set(MediaFile(output).tracks), {"vide"})
 
     def test_an_encoding_the_command_does_not_know_goes_by_its_own_name(self):
-        source = self.directory / "tone.ulaw"
-        source.write_bytes(bytes(8000))
-        done = wrapton("pack", source, self.directory / "out.wav")
+        source = self.directory / "tone.wav"
+        ffmpeg("-f", "lavfi", "-i", "sine=duration=1", "-c:a", "pcm_u8", source)
+        done = wrapton("pack", source, self.directory / "out.mp4")
         self.assertEqual(done.returncode, 1)
-        self.assertIn("pcm_mulaw audio cannot be stored in wav", done.stderr)
+        self.assertIn("pcm_u8 audio cannot be stored in mp4", done.stderr)
 
     def test_frames_ahead_of_the_first_key_picture_are_counted_as_dropped(self):
         data = CAMERA.read_bytes()

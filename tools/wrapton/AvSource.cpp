@@ -11,13 +11,14 @@ namespace Orbel::Wrapton::Command
 namespace
 {
 
-constexpr std::array<std::pair<AVCodecID, Codec>, 7> kCodecOfId = {{
+constexpr std::array<std::pair<AVCodecID, Codec>, 8> kCodecOfId = {{
     {AV_CODEC_ID_H264, Codec::kH264},
     {AV_CODEC_ID_MPEG4, Codec::kMpeg4},
     {AV_CODEC_ID_MJPEG, Codec::kMjpeg},
     {AV_CODEC_ID_AAC, Codec::kAac},
     {AV_CODEC_ID_MP2, Codec::kMp2},
     {AV_CODEC_ID_PCM_ALAW, Codec::kAlaw},
+    {AV_CODEC_ID_PCM_MULAW, Codec::kUlaw},
     {AV_CODEC_ID_PCM_S16LE, Codec::kS16le},
 }};
 

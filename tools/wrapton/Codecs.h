@@ -18,6 +18,7 @@ enum class Codec
     kAac,
     kMp2,
     kAlaw,
+    kUlaw,
     kS16le,
 };
 
@@ -29,13 +30,14 @@ struct CodecEntry
 };
 
 /// Indexed by Codec.
-inline constexpr std::array<CodecEntry, 7> kCodecs = {{
+inline constexpr std::array<CodecEntry, 8> kCodecs = {{
     {Codec::kH264, "h264", SG_ENCODE_VIDEO_HI_H264},
     {Codec::kMpeg4, "mpeg4", SG_ENCODE_VIDEO_MPEG4},
     {Codec::kMjpeg, "mjpeg", SG_ENCODE_VIDEO_JPEG},
     {Codec::kAac, "aac", SG_ENCODE_AUDIO_AAC},
     {Codec::kMp2, "mp2", SG_ENCODE_AUDIO_MP2},
     {Codec::kAlaw, "alaw", SG_ENCODE_AUDIO_G711A},
+    {Codec::kUlaw, "ulaw", SG_ENCODE_AUDIO_G711U},
     {Codec::kS16le, "s16le", SG_ENCODE_AUDIO_PCM16},
 }};
 

@@ -13,12 +13,18 @@ namespace Orbel::Wrapton::Command
 namespace
 {
 
+constexpr std::array<std::string_view, 1> kAsfExtensions = {".asf"};
+constexpr std::array<std::string_view, 1> kFlvExtensions = {".flv"};
 constexpr std::array<std::string_view, 2> kMp4Extensions = {".mp4", ".m4v"};
 constexpr std::array<std::string_view, 2> kMovExtensions = {".mov", ".qt"};
 constexpr std::array<std::string_view, 1> kOmfExtensions = {".omf"};
 constexpr std::array<std::string_view, 1> kRtpExtensions = {".rtp"};
 constexpr std::array<std::string_view, 2> kWavExtensions = {".wav", ".wave"};
 
+constexpr std::array kAsfVideo = {Codec::kH264, Codec::kMpeg4, Codec::kMjpeg};
+constexpr std::array kAsfAudio = {Codec::kAlaw, Codec::kUlaw, Codec::kS16le};
+constexpr std::array kFlvVideo = {Codec::kH264};
+constexpr std::array kFlvAudio = {Codec::kS16le};
 constexpr std::array kMp4Video = {Codec::kH264, Codec::kMpeg4, Codec::kMjpeg};
 constexpr std::array kMp4Audio = {Codec::kAac, Codec::kMp2};
 constexpr std::array kOmfVideo = {Codec::kH264, Codec::kMpeg4, Codec::kMjpeg};
@@ -39,7 +45,26 @@ constexpr Container Mp4Family(std::string_view name,
             .constant_rate = true,
             .takes_reserve = true,
             .ignores_closing_block_at_start = type == SG_STREAM_TYPE_MP4_NOSEEK,
-            .labels_8000_mono_pcm = false};
+            .labels_8000_mono_pcm = false,
+            .cuts_mpeg4_pictures = true};
+}
+
+constexpr Container FlvFamily(std::string_view name,
+                              unsigned int type,
+                              std::span<const std::string_view> extensions)
+{
+    return {.name = name,
+            .type = type,
+            .extensions = extensions,
+            .video = kFlvVideo,
+            .audio = kFlvAudio,
+            .audio_needs_video = true,
+            .constant_rate = true,
+            .takes_reserve = false,
+            .ignores_closing_block_at_start = false,
+            .labels_8000_mono_pcm = false,
+            .labels_round_rates = true,
+            .repeats_header_at_end = type == SG_STREAM_TYPE_FLV};
 }
 
 constexpr std::array kContainers = {
@@ -48,6 +73,22 @@ constexpr std::array kContainers = {
     Mp4Family("mp464", SG_STREAM_TYPE_MP4_64, {}),
     Mp4Family("mov64", SG_STREAM_TYPE_MOV_64, {}),
     Mp4Family("mp4noseek", SG_STREAM_TYPE_MP4_NOSEEK, {}),
+    // The broadcast of it is left out: readers refuse the audio that it declares without knowing
+    // any.
+    Container{.name = "asf",
+              .type = SG_STREAM_TYPE_ASF,
+              .extensions = kAsfExtensions,
+              .video = kAsfVideo,
+              .audio = kAsfAudio,
+              .audio_needs_video = true,
+              .constant_rate = true,
+              .takes_reserve = false,
+              .ignores_closing_block_at_start = false,
+              .labels_8000_mono_pcm = false,
+              .whole_milliseconds = true,
+              .doubles_g711_times = true},
+    FlvFamily("flv", SG_STREAM_TYPE_FLV, kFlvExtensions),
+    FlvFamily("flvstream", SG_STREAM_TYPE_STREAM_FLV, {}),
     Container{.name = "omf",
               .type = SG_STREAM_TYPE_OMF,
               .extensions = kOmfExtensions,

@@ -31,6 +31,16 @@ struct Container
     bool labels_8000_mono_pcm;
     /// Packets of RTP: one stream with one clock, and no file around it.
     bool is_rtp = false;
+    /// An MPEG-4 I picture that carries its headers is cut by their length.
+    bool cuts_mpeg4_pictures = false;
+    /// Each picture lasts a whole number of milliseconds.
+    bool whole_milliseconds = false;
+    /// A-law and mu-law sound takes twice its time.
+    bool doubles_g711_times = false;
+    /// Sound is labelled as 5500 Hz, but for 11000, 22000 and 44000 Hz.
+    bool labels_round_rates = false;
+    /// The tailer appends the file's first header again, complete by then.
+    bool repeats_header_at_end = false;
 };
 
 /// Every container the command knows, whether or not the library at hand builds it.

@@ -25,6 +25,8 @@ public:
     std::size_t Place(int64_t offset, int origin, std::span<const unsigned char> bytes);
 
     [[nodiscard]] bool Good() const { return m_nError == 0; }
+    /// False for a pipe or a device: nothing can go back to an earlier position.
+    [[nodiscard]] bool CanGoBack() const { return m_bRegular; }
     [[nodiscard]] const std::string& Path() const { return m_path; }
 
     /// The end of the highest block so far.

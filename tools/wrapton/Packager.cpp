@@ -1,9 +1,17 @@
 #include "Packager.h"
 
 #include "Failure.h"
+#include "FlvHeader.h"
 
 namespace Orbel::Wrapton::Command
 {
+
+namespace
+{
+
+constexpr int kOriginStart = 0;
+
+}  // namespace
 
 Packager::Packager(const Container& container, OutputFile& output, bool as_pcap)
     : m_container(container), m_output(output)
@@ -67,6 +75,8 @@ std::size_t Packager::Write(const SGOutputData& block)
 {
     const auto size = static_cast<std::size_t>(block.data_size);
     const std::span<const unsigned char> bytes(block.data_pointer, size);
+    if (m_container.repeats_header_at_end && ReplacesHeader(bytes))
+        return m_output.Place(0, kOriginStart, bytes);
     if (!m_capture) return m_output.Place(block.offset_pos64, block.offset_type, bytes);
 
     // A block is one packet behind its length.
@@ -82,8 +92,17 @@ void Packager::Place(SGOutputData& block)
     const bool at_start = block.offset_type == 0 && block.offset_pos64 == 0;
     if (at_start && m_bClosing && m_container.ignores_closing_block_at_start) return;
 
+    const uint64_t size_before = m_output.Size();
     block.data_size = static_cast<int32_t>(Write(block));
-    m_bStored = m_bStored || !at_start;
+    // A header at the start may have the first frame behind it.
+    m_bStored = m_bStored || !at_start || m_output.Size() > size_before;
+}
+
+bool Packager::ReplacesHeader(std::span<const unsigned char> bytes)
+{
+    if (m_nHeaderLen == 0) m_nHeaderLen = FlvHeaderLength(bytes);
+    return m_bClosing && m_output.CanGoBack() && bytes.size() == m_nHeaderLen &&
+           FlvHeaderLength(bytes) == m_nHeaderLen;
 }
 
 }  // namespace Orbel::Wrapton::Command

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 
 #include "Containers.h"
 #include "OutputFile.h"
@@ -36,6 +38,8 @@ private:
     static void OnBlock(SGOutputData* block, void* self) noexcept;
     void Place(SGOutputData& block);
     std::size_t Write(const SGOutputData& block);
+    /// Whether the block is a header that belongs in the place of the first one.
+    bool ReplacesHeader(std::span<const unsigned char> bytes);
 
     const Container& m_container;
     OutputFile& m_output;
@@ -44,6 +48,7 @@ private:
     void* m_pHandle = nullptr;
     bool m_bStored = false;
     bool m_bClosing = false;
+    std::size_t m_nHeaderLen = 0;  ///< of the first FLV header
 };
 
 }  // namespace Orbel::Wrapton::Command

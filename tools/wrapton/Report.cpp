@@ -67,6 +67,35 @@ std::string ShapeText(const StreamInfo& info)
            (info.channels == 1 ? " channel" : " channels");
 }
 
+bool LastsWholeMilliseconds(const StreamInfo& info)
+{
+    constexpr int64_t kSecond = 1000;
+    return info.frame_rate.num > 0 && kSecond * info.frame_rate.den % info.frame_rate.num == 0;
+}
+
+bool HasRoundRate(const StreamInfo& info)
+{
+    return info.sample_rate == 5500 || info.sample_rate == 11000 || info.sample_rate == 22000 ||
+           info.sample_rate == 44000;
+}
+
+/// What a container makes of the times and rates of a stream.
+void AddNotesOnTimes(const StreamInfo& info,
+                     const Container& container,
+                     std::vector<std::string>& notes)
+{
+    const std::string name(container.name);
+    if (container.whole_milliseconds && info.is_video && !LastsWholeMilliseconds(info))
+        notes.push_back(name + " counts whole milliseconds: " + RateText(info.frame_rate) +
+                        " pictures per second run a little fast");
+    if (container.doubles_g711_times && (info.codec == Codec::kAlaw || info.codec == Codec::kUlaw))
+        notes.push_back(name + " gives " + info.codec_name +
+                        " sound twice its time, so that it lags behind the pictures");
+    if (container.labels_round_rates && !info.is_video && !HasRoundRate(info))
+        notes.push_back(name + " labels sound of " + std::to_string(info.sample_rate) +
+                        " Hz as 5500 Hz");
+}
+
 void PrintStream(const StreamReport& stream)
 {
     const StreamInfo& info = stream.info;
@@ -123,10 +152,11 @@ std::vector<std::string> NotesOn(const Report& report, const Container& containe
                             " keeps decoding order without composition times: the times of " +
                             std::to_string(stream.frames_b) +
                             " B pictures are those of their places");
-        if (container.constant_rate && info.codec == Codec::kMpeg4)
+        if (container.cuts_mpeg4_pictures && info.codec == Codec::kMpeg4)
             notes.push_back(std::string(container.name) +
                             " cuts an mpeg4 I picture that carries its headers by their length");
         if (container.is_rtp) notes.push_back(NoteOn(info));
+        AddNotesOnTimes(info, container, notes);
         if (container.labels_8000_mono_pcm &&
             (info.sample_rate != 8000 || info.channels != 1 || info.codec != Codec::kS16le))
             notes.push_back(std::string(container.name) +
