@@ -105,7 +105,7 @@ public:
     void Bits(Field<Widths>... fields) noexcept
     {
         static_assert((Widths + ...) == Total, "the fields do not fill the word");
-        static_assert(Total == 8 || Total == 16 || Total == 24 || Total == 32 || Total == 64);
+        static_assert(Total % 8 == 0 && Total <= 64);
         uint64_t word = 0;
         ((word = word << Widths | fields.value), ...);
         // One claim for the whole word: it is stored whole or, at the end of the room, not at all.
