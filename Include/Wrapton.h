@@ -163,14 +163,14 @@ typedef enum SG_RTPPARAMTYPE
 /** One block of output. The library fills it; only data_size may be changed by the callback. */
 typedef struct SGOutputData
 {
-    uint32_t struct_size;              /**< 40 */
-    const unsigned char* data_pointer; /**< the block; the library's, valid inside the callback */
-    int32_t data_size;                 /**< bytes. A callback that stored fewer lowers it, and the
-                                            following positions count what it stored; a negative
-                                            value means none, a raised one means all */
-    int32_t offset_type;               /**< origin: 0 start, 1 current position, 2 end */
-    uint32_t offset_pos;               /**< low 32 bits of the position */
-    int64_t offset_pos64;              /**< the position in bytes from the origin */
+    uint32_t struct_size;        /**< 40 */
+    unsigned char* data_pointer; /**< the block; the library's, to be read inside the callback */
+    int32_t data_size;           /**< bytes. A callback that stored fewer lowers it, and the
+                                      following positions count what it stored; a negative
+                                      value means none, a raised one means all */
+    int32_t offset_type;         /**< origin: 0 start, 1 current position, 2 end */
+    uint32_t offset_pos;         /**< low 32 bits of the position */
+    int64_t offset_pos64;        /**< the position in bytes from the origin */
 } SGOutputData;
 
 /**

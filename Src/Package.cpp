@@ -78,7 +78,7 @@ uint32_t CPackage::Emit(const unsigned char* bytes, uint32_t size, Origin origin
 
     SGOutputData block{};
     block.struct_size = sizeof(block);
-    block.data_pointer = bytes;
+    block.data_pointer = const_cast<unsigned char*>(bytes);  // consumers only read
     block.data_size = static_cast<int32_t>(size);
     block.offset_type = static_cast<int32_t>(origin);
     block.offset_pos = static_cast<uint32_t>(position);

@@ -8,7 +8,7 @@ namespace
 using Orbel::Wrapton::SGOutputData;
 
 /// Gives a block to a sink as a packager would; returns data_size as it stands afterwards.
-int32_t Give(Sink& sink, const Bytes& bytes, int32_t origin, int64_t position)
+int32_t Give(Sink& sink, Bytes bytes, int32_t origin, int64_t position)
 {
     SGOutputData block{};
     block.struct_size = sizeof(block);

@@ -219,7 +219,7 @@ TEST(CPackage, DoesNothingInTheOperationsWithADefault)
 
 TEST(CPackage, HasNoFileHeaderByDefault)
 {
-    const unsigned char byte = 0;
+    unsigned char byte = 0;
     SGOutputData output{};
     output.struct_size = 99;
     output.data_pointer = &byte;
