@@ -4,6 +4,7 @@
 #include "flvpacket/FlvPacket.h"
 #include "mp4packet/Mp4Packet.h"
 #include "omfpacket/OmfPacket.h"
+#include "pspacket/PsPacket.h"
 #include "rtppacket/RtpPacket.h"
 #include "wavpacket/WavPacket.h"
 
@@ -28,6 +29,10 @@ std::unique_ptr<CPackage> CreatePackage(unsigned int nType, const SGCreateParam*
             return std::make_unique<CMp4Packet>(nType, pCreateParam);
         case SG_STREAM_TYPE_OMF:
             return std::make_unique<COmfPacket>(nType, pCreateParam);
+        case SG_STREAM_TYPE_PS:
+        case SG_STREAM_TYPE_QVPS:
+        case SG_STREAM_TYPE_GAYSPS:
+            return std::make_unique<CPsPacket>(nType, pCreateParam);
         case SG_STREAM_TYPE_RTP:
             return std::make_unique<CRtpPacket>(nType, pCreateParam);
         case SG_STREAM_TYPE_WAV:

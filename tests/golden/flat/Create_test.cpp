@@ -20,17 +20,20 @@ using Support::SeekingSink;
 /// The types that have a packager by now. 3GP (7) and TS (10) never get one here.
 const std::set<unsigned int> kBuilt = {
     SG_STREAM_TYPE_MP4,
+    SG_STREAM_TYPE_ASF,
     SG_STREAM_TYPE_OMF,
+    SG_STREAM_TYPE_FLV,
+    SG_STREAM_TYPE_STREAM_ASF,
     SG_STREAM_TYPE_MOV,
+    SG_STREAM_TYPE_STREAM_FLV,
     SG_STREAM_TYPE_RTP,
+    SG_STREAM_TYPE_PS,
     SG_STREAM_TYPE_MP4_NOSEEK,
     SG_STREAM_TYPE_MP4_64,
     SG_STREAM_TYPE_MOV_64,
     SG_STREAM_TYPE_WAV,
-    SG_STREAM_TYPE_ASF,
-    SG_STREAM_TYPE_STREAM_ASF,
-    SG_STREAM_TYPE_FLV,
-    SG_STREAM_TYPE_STREAM_FLV,
+    SG_STREAM_TYPE_QVPS,
+    SG_STREAM_TYPE_GAYSPS,
 };
 
 TEST(CreateHandle, GivesAHandleForEveryTypeThatIsBuiltAndNullForAllOthers)

@@ -1,0 +1,61 @@
+#ifndef WRAPTON_PSPACKET_PSOUTPUT_H
+#define WRAPTON_PSPACKET_PSOUTPUT_H
+
+#include <climits>
+#include <cstddef>
+#include <span>
+
+#include "Platform.h"
+
+namespace Orbel::Wrapton
+{
+
+/**
+ * Where a flavour writes one frame: the packager's work buffer, or a caller's packet. The packet
+ * grows as needed and has its old size again when this object ends.
+ */
+class CPsOutput
+{
+public:
+    explicit CPsOutput(std::span<unsigned char> buffer) noexcept : m_buffer(buffer) {}
+    explicit CPsOutput(PacketBuffer& packet) noexcept
+        : m_buffer(packet.Data(), packet.Size()), m_pPacket(&packet), m_nPacketSize(packet.Size())
+    {
+    }
+    CPsOutput(const CPsOutput&) = delete;
+    CPsOutput& operator=(const CPsOutput&) = delete;
+    ~CPsOutput()
+    {
+        if (m_pPacket != nullptr) m_pPacket->Resize(m_nPacketSize);
+    }
+
+    /// Whether there is memory to write to at all.
+    [[nodiscard]] bool IsValid() const noexcept
+    {
+        return m_pPacket != nullptr ? m_pPacket->IsValid() : m_buffer.data() != nullptr;
+    }
+
+    /// Room for the @p length bytes of a frame, asked for once and before anything is written;
+    /// empty when there is not as much.
+    [[nodiscard]] std::span<unsigned char> Claim(size_t length) noexcept
+    {
+        if (length > INT_MAX) return {};  // a block's size is a signed 32-bit number
+        if (m_pPacket != nullptr && length > m_buffer.size() && m_pPacket->Resize(length))
+        {
+            m_buffer = {m_pPacket->Data(), m_pPacket->Size()};
+        }
+        return length <= m_buffer.size() ? m_buffer.first(length) : std::span<unsigned char>();
+    }
+
+    /// What was written, from its first byte on.
+    [[nodiscard]] const unsigned char* Data() const noexcept { return m_buffer.data(); }
+
+private:
+    std::span<unsigned char> m_buffer;
+    PacketBuffer* m_pPacket = nullptr;
+    size_t m_nPacketSize = 0;
+};
+
+}  // namespace Orbel::Wrapton
+
+#endif  // WRAPTON_PSPACKET_PSOUTPUT_H

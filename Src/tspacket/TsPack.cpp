@@ -1,0 +1,364 @@
+#include "tspacket/TsPack.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "tool/PesTime.h"
+
+namespace Orbel::Wrapton
+{
+namespace
+{
+
+constexpr size_t kPacketLen = 188;
+constexpr size_t kHeaderLen = 4;
+constexpr size_t kPcrLen = 6;
+/// Adaptation field length and payload together.
+constexpr size_t kBodyLen = kPacketLen - kHeaderLen - 1;
+constexpr size_t kFirstPayloadLen = kBodyLen - 1 - kPcrLen;
+constexpr size_t kPayloadLen = kBodyLen - 1;
+static_assert(kFirstPayloadLen == 176 && kPayloadLen == 182);
+
+constexpr uint32_t kPmtPid = 0x0010;
+constexpr uint32_t kVideoPid = 0x0012;  // also of the PCR
+constexpr uint32_t kAudioPid = 0x0013;
+constexpr uint32_t kProgram = 1;
+constexpr uint32_t kTransportStream = 1;
+
+constexpr uint32_t kPayloadOnly = 1;
+constexpr uint32_t kAdaptationAndPayload = 3;
+
+constexpr int32_t kFramesPerTables = 10;
+constexpr int32_t kContinuityCycle = 16;
+constexpr size_t kTableBytes = 2 * kPacketLen;
+
+constexpr size_t kPtsHeaderLen = 14;
+constexpr size_t kPtsDtsHeaderLen = 19;
+constexpr size_t kDelimiterLen = 6;
+static_assert(TsPes::kMostLead == kPtsDtsHeaderLen + kDelimiterLen);
+
+size_t LeadLen(TS_TYPE type)
+{
+    if (type == PLK_BK_AUDIO) return kPtsHeaderLen;
+    return kPtsDtsHeaderLen + (type == PLY_BK_H264 ? kDelimiterLen : 0);
+}
+
+/// PES_packet_length of a frame; 0 leaves it open. Kept: the delimiter counts in the length, but
+/// not where the limit is concerned.
+uint32_t PesPacketLength(size_t frame_size, size_t header_data_len, TS_TYPE type)
+{
+    constexpr size_t kOpenFrom = 65501;
+
+    const size_t length = frame_size + header_data_len + 3;
+    if (length >= kOpenFrom) return 0;
+    return static_cast<uint32_t>(length + (type == PLY_BK_H264 ? kDelimiterLen : 0));
+}
+
+/// Header of a transport packet, table 2-2.
+void PutTsHeader(CMsbCursor& w, const TS_pack& pack)
+{
+    w.U8(pack.sync_byte);
+    w.Bits<16>(Field<1>(pack.transport_error_indicator),
+               Field<1>(pack.payload_unit_start_indicator),
+               Field<1>(pack.transport_priority),
+               Field<13>(pack.PID));
+    w.Bits<8>(Field<2>(pack.transport_scrambling_control),
+              Field<2>(pack.adaptation_field_control),
+              Field<4>(pack.continuity_counter));
+}
+
+/// Adaptation field, table 2-6, with stuffing to its length.
+void PutAdaptationField(CMsbCursor& w, const TS_pack& pack, int64_t clock)
+{
+    w.U8(pack.adaptation_field_length);
+    w.Bits<8>(Field<1>(pack.discontinuity_indicator),
+              Field<1>(pack.random_access_indicator),
+              Field<1>(pack.elementary_stream_priority_indicator),
+              Field<1>(pack.PCR_flag),
+              Field<1>(pack.OPCR_flag),
+              Field<1>(pack.splicing_point_flag),
+              Field<1>(pack.transport_private_data_flag),
+              Field<1>(pack.adaptation_field_extension_flag));
+    size_t stuffing = pack.adaptation_field_length - 1;
+    if (pack.PCR_flag != 0)
+    {
+        const auto base = static_cast<uint64_t>(clock);
+        w.Bits<48>(Field<1>(static_cast<uint32_t>(base >> 32)),
+                   Field<32>(static_cast<uint32_t>(base)),
+                   Field<6>(0x3F),  // reserved
+                   Field<9>(0));    // extension
+        stuffing -= kPcrLen;
+    }
+    w.Fill(stuffing, 0xFF);
+}
+
+/// A packet with a section that begins in it, filled up behind it.
+template <size_t Size>
+void PutSection(CMsbCursor& w, uint32_t pid, const std::array<unsigned char, Size>& section)
+{
+    TS_pack pack;
+    TsPaskInit(pack);
+    pack.PID = pid;
+    PutTsHeader(w, pack);
+    w.U8(0);  // pointer_field
+    w.Bytes(section);
+    w.U32(CRC_encode(section));
+    w.Fill(kPacketLen - kHeaderLen - 1 - Size - 4, 0xFF);
+}
+
+/// The eight bytes that sections of both kinds begin with.
+void PutSectionStart(CMsbCursor& w, uint32_t table_id, uint32_t length, uint32_t id)
+{
+    w.U8(table_id);
+    w.Bits<16>(Field<1>(1),  // section_syntax_indicator
+               Field<1>(0),
+               Field<2>(3),  // reserved
+               Field<12>(length));
+    w.U16(id);
+    w.Bits<8>(Field<2>(3),   // reserved
+              Field<5>(0),   // version_number
+              Field<1>(1));  // current_next_indicator
+    w.U8(0);                 // section_number
+    w.U8(0);                 // last_section_number
+}
+
+void PutPid(CMsbCursor& w, uint32_t pid)
+{
+    w.Bits<16>(Field<3>(7), Field<13>(pid));
+}
+
+/// Length of descriptors: there are none.
+void PutNoDescriptors(CMsbCursor& w)
+{
+    w.Bits<16>(Field<4>(15), Field<12>(0));
+}
+
+/// Bytes of a PES packet from @p at on. What stands ahead of the frame is never cut in two.
+void PutPesBytes(CMsbCursor& w, const TsPes& pes, size_t at, size_t length)
+{
+    if (at == 0)
+    {
+        assert(pes.lead_len <= length);
+        w.Bytes(std::span(pes.lead).first(pes.lead_len));
+        w.Bytes(pes.frame.first(length - pes.lead_len));
+        return;
+    }
+    w.Bytes(pes.frame.subspan(at - pes.lead_len, length));
+}
+
+/// The clock's step at a frame rate. Kept: whole milliseconds, so 0 above 1000.
+uint32_t Step(uint32_t frame_rate)
+{
+    return 1000 / frame_rate * 90;
+}
+
+std::span<unsigned char> Room(unsigned char* out, int32_t length)
+{
+    if (out == nullptr || length < 0) return {};
+    return {out, static_cast<size_t>(length)};
+}
+
+/// Both conversions, once the clock stands. @p pes_type is that of the PES, @p type that of the
+/// transport packets.
+int Frame2Ts(std::span<unsigned char> out,
+             int32_t& length,
+             std::span<const unsigned char> frame,
+             int64_t clock,
+             int32_t& frame_counter,
+             int32_t& continuity_counter,
+             TS_TYPE pes_type,
+             TS_TYPE type)
+{
+    const size_t needed = TsLength(frame.size(), frame_counter, pes_type);
+    if (needed > out.size()) return -1;
+
+    CMsbCursor w(out);
+    Pes2Ts(
+        w, FrameData2Pes(frame, clock, pes_type), clock, frame_counter, continuity_counter, type);
+    assert(w.Produced() == needed);
+    length = static_cast<int32_t>(needed);
+    return 0;
+}
+
+}  // namespace
+
+void TsPaskInit(TS_pack& pack)
+{
+    pack = {};
+    pack.sync_byte = 0x47;
+    pack.payload_unit_start_indicator = 1;
+    pack.adaptation_field_control = kPayloadOnly;
+}
+
+uint32_t CRC_encode(std::span<const unsigned char> section)
+{
+    constexpr uint32_t kPolynomial = 0x04C11DB7;
+    constexpr uint32_t kHighBit = 0x80000000;
+
+    uint32_t crc = 0xFFFFFFFF;
+    for (const unsigned char byte : section)
+    {
+        crc ^= static_cast<uint32_t>(byte) << 24;
+        for (int bit = 0; bit < 8; ++bit)
+        {
+            crc = (crc & kHighBit) != 0 ? crc << 1 ^ kPolynomial : crc << 1;
+        }
+    }
+    return crc;
+}
+
+/// ISO/IEC 13818-1 table 2-30.
+void Pat2Ts(CMsbCursor& w)
+{
+    std::array<unsigned char, 12> section{};
+    CMsbCursor s(section);
+    PutSectionStart(s, 0x00, 13, kTransportStream);
+    s.U16(kProgram);
+    PutPid(s, kPmtPid);
+    assert(s.Produced() == section.size());
+    PutSection(w, 0, section);
+}
+
+/// ISO/IEC 13818-1 table 2-33.
+void Pmt2Ts(CMsbCursor& w, TS_TYPE type)
+{
+    std::array<unsigned char, 22> section{};
+    CMsbCursor s(section);
+    PutSectionStart(s, 0x02, 23, kProgram);
+    PutPid(s, kVideoPid);  // PCR_PID
+    PutNoDescriptors(s);
+    s.U8(type == PLY_BK_MPEG4 ? 0x10 : 0x1B);
+    PutPid(s, kVideoPid);
+    PutNoDescriptors(s);
+    s.U8(0x03);  // MPEG-1 audio, whatever it is
+    PutPid(s, kAudioPid);
+    PutNoDescriptors(s);
+    assert(s.Produced() == section.size());
+    PutSection(w, kPmtPid, section);
+}
+
+/// ISO/IEC 13818-1 table 2-21.
+TsPes FrameData2Pes(std::span<const unsigned char> frame, int64_t clock, TS_TYPE type)
+{
+    const bool audio = type == PLK_BK_AUDIO;
+    const uint32_t header_data_len = audio ? 5 : 10;
+    const auto time = static_cast<uint32_t>(clock);  // 32 bits of it
+
+    TsPes pes;
+    pes.frame = frame;
+    CMsbCursor w(pes.lead);
+    w.U24(0x000001);
+    w.U8(0xE0);  // kept: of audio, too
+    w.U16(PesPacketLength(frame.size(), header_data_len, type));
+    w.U8(0x80);                 // marker, not scrambled, no flags
+    w.U8(audio ? 0x80 : 0xC0);  // PTS_DTS_flags
+    w.U8(header_data_len);
+    if (audio)
+    {
+        PutPesTime(w, PesTime::kPtsAlone, time);
+    }
+    else
+    {
+        PutPesTime(w, PesTime::kPtsBeforeDts, time);
+        PutPesTime(w, PesTime::kDts, time);
+    }
+    if (type == PLY_BK_H264)
+    {
+        // Access unit delimiter with any slice type, ISO/IEC 14496-10 7.3.2.4.
+        w.U32(0x00000001);
+        w.U16(0x09F0);
+    }
+    pes.lead_len = w.Produced();
+    assert(pes.lead_len == LeadLen(type));
+    return pes;
+}
+
+void Pes2Ts(CMsbCursor& w,
+            const TsPes& pes,
+            int64_t clock,
+            int32_t& frame_counter,
+            int32_t& continuity_counter,
+            TS_TYPE type)
+{
+    if (frame_counter == 0)
+    {
+        // Kept: both have the counter 0 each time.
+        Pat2Ts(w);
+        Pmt2Ts(w, type);
+    }
+    frame_counter = (frame_counter + 1) % kFramesPerTables;
+
+    TS_pack pack;
+    TsPaskInit(pack);
+    pack.PID = type == PLY_BK_MPEG2 ? kAudioPid : kVideoPid;
+    pack.adaptation_field_control = kAdaptationAndPayload;
+    for (size_t at = 0; at < pes.Size();)
+    {
+        const bool first = at == 0;
+        const size_t length = std::min(pes.Size() - at, first ? kFirstPayloadLen : kPayloadLen);
+        pack.payload_unit_start_indicator = first ? 1 : 0;
+        pack.PCR_flag = first ? 1 : 0;
+        pack.adaptation_field_length = static_cast<uint32_t>(kBodyLen - length);
+        pack.continuity_counter = static_cast<uint32_t>(continuity_counter);
+        PutTsHeader(w, pack);
+        PutAdaptationField(w, pack, clock);
+        PutPesBytes(w, pes, at, length);
+        continuity_counter = (continuity_counter + 1) % kContinuityCycle;
+        at += length;
+    }
+}
+
+size_t TsLength(size_t size, int32_t frame_counter, TS_TYPE type)
+{
+    const size_t pes_len = LeadLen(type) + size;
+    const size_t rest = pes_len - std::min(pes_len, kFirstPayloadLen);
+    const size_t packets = 1 + (rest + kPayloadLen - 1) / kPayloadLen;
+    return packets * kPacketLen + (frame_counter == 0 ? kTableBytes : 0);
+}
+
+int Video2Ts(unsigned char* out,
+             int32_t& length,
+             const unsigned char* data,
+             uint32_t size,
+             int64_t& clock,
+             uint32_t frame_rate,
+             uint32_t& last_rate,
+             int32_t& frame_counter,
+             int32_t& continuity_counter,
+             TS_TYPE type)
+{
+    constexpr uint32_t kDefaultStep = 3600;
+
+    const std::span room = Room(out, length);
+    length = 0;
+    if (data == nullptr || size == 0) return -1;
+
+    if (frame_rate != 0) last_rate = frame_rate;
+    clock += last_rate != 0 ? Step(last_rate) : kDefaultStep;
+    return Frame2Ts(
+        room, length, {data, size}, clock, frame_counter, continuity_counter, type, type);
+}
+
+int Audio2Ts(unsigned char* out,
+             int32_t& length,
+             const unsigned char* data,
+             uint32_t size,
+             int64_t clock,
+             int32_t& frame_counter,
+             int32_t& continuity_counter)
+{
+    const std::span room = Room(out, length);
+    length = 0;
+    if (data == nullptr || size == 0) return -1;
+
+    return Frame2Ts(room,
+                    length,
+                    {data, size},
+                    clock,
+                    frame_counter,
+                    continuity_counter,
+                    PLK_BK_AUDIO,
+                    PLY_BK_MPEG2);
+}
+
+}  // namespace Orbel::Wrapton
