@@ -55,6 +55,9 @@ class Formats(MediaTest):
         "flvstream": (8, ["h264"], ["s16le"]),
         "omf": (3, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2", "alaw", "s16le"]),
         "rtp": (9, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2", "alaw", "s16le"]),
+        "ps": (11, ["h264", "mpeg4"], ["mp2"]),
+        "qvps": (17, ["h264", "mpeg4"], ["aac", "mp2"]),
+        "gaysps": (18, ["h264", "mpeg4"], ["alaw"]),
         "wav": (16, [], ["alaw", "s16le"]),
     }
 

@@ -2,8 +2,7 @@
 
 // libavformat and libavcodec behind owning pointers, included here and nowhere else in a header.
 
-extern "C"
-{
+extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavcodec/bsf.h>
 #include <libavformat/avformat.h>

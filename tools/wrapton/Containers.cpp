@@ -18,6 +18,7 @@ constexpr std::array<std::string_view, 1> kFlvExtensions = {".flv"};
 constexpr std::array<std::string_view, 2> kMp4Extensions = {".mp4", ".m4v"};
 constexpr std::array<std::string_view, 2> kMovExtensions = {".mov", ".qt"};
 constexpr std::array<std::string_view, 1> kOmfExtensions = {".omf"};
+constexpr std::array<std::string_view, 2> kPsExtensions = {".mpg", ".mpeg"};
 constexpr std::array<std::string_view, 1> kRtpExtensions = {".rtp"};
 constexpr std::array<std::string_view, 2> kWavExtensions = {".wav", ".wave"};
 
@@ -30,6 +31,11 @@ constexpr std::array kMp4Audio = {Codec::kAac, Codec::kMp2};
 constexpr std::array kOmfVideo = {Codec::kH264, Codec::kMpeg4, Codec::kMjpeg};
 constexpr std::array kOmfAudio = {Codec::kAac, Codec::kMp2, Codec::kAlaw, Codec::kS16le};
 constexpr std::array kRtpAudio = {Codec::kAac, Codec::kMp2, Codec::kAlaw, Codec::kS16le};
+constexpr std::array kPsVideo = {Codec::kH264, Codec::kMpeg4};
+constexpr std::array kPsAudio = {Codec::kMp2};
+constexpr std::array kQvPsAudio = {Codec::kAac, Codec::kMp2};
+/// The library takes any other sound, too, but the map has one name for all: that of G.711.
+constexpr std::array kGaysPsAudio = {Codec::kAlaw};
 constexpr std::array kWavAudio = {Codec::kAlaw, Codec::kS16le};
 
 constexpr Container Mp4Family(std::string_view name,
@@ -67,6 +73,24 @@ constexpr Container FlvFamily(std::string_view name,
             .repeats_header_at_end = type == SG_STREAM_TYPE_FLV};
 }
 
+constexpr Container ProgramStream(std::string_view name,
+                                  unsigned int type,
+                                  std::span<const std::string_view> extensions,
+                                  std::span<const Codec> audio)
+{
+    return {.name = name,
+            .type = type,
+            .extensions = extensions,
+            .video = kPsVideo,
+            .audio = audio,
+            .audio_needs_video = false,
+            .constant_rate = true,
+            .takes_reserve = false,
+            .ignores_closing_block_at_start = false,
+            .labels_8000_mono_pcm = false,
+            .splits_units = type != SG_STREAM_TYPE_GAYSPS};
+}
+
 constexpr std::array kContainers = {
     Mp4Family("mp4", SG_STREAM_TYPE_MP4, kMp4Extensions),
     Mp4Family("mov", SG_STREAM_TYPE_MOV, kMovExtensions),
@@ -99,6 +123,9 @@ constexpr std::array kContainers = {
               .takes_reserve = false,
               .ignores_closing_block_at_start = false,
               .labels_8000_mono_pcm = false},
+    ProgramStream("ps", SG_STREAM_TYPE_PS, kPsExtensions, kPsAudio),
+    ProgramStream("qvps", SG_STREAM_TYPE_QVPS, {}, kQvPsAudio),
+    ProgramStream("gaysps", SG_STREAM_TYPE_GAYSPS, {}, kGaysPsAudio),
     Container{.name = "rtp",
               .type = SG_STREAM_TYPE_RTP,
               .extensions = kRtpExtensions,

@@ -31,6 +31,9 @@ struct Container
     bool labels_8000_mono_pcm;
     /// Packets of RTP: one stream with one clock, and no file around it.
     bool is_rtp = false;
+    /// H.264 pictures are split at start codes of four bytes, and what stands ahead of the first
+    /// one is left out.
+    bool splits_units = false;
     /// An MPEG-4 I picture that carries its headers is cut by their length.
     bool cuts_mpeg4_pictures = false;
     /// Each picture lasts a whole number of milliseconds.

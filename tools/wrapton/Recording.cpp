@@ -6,6 +6,7 @@
 
 #include "Failure.h"
 #include "Interrupt.h"
+#include "UnitGroup.h"
 
 namespace Orbel::Wrapton::Command
 {
@@ -163,6 +164,8 @@ void Recording::PackNext(Packager& packager, Track& track)
 {
     Frame& frame = *track.next;
     StreamReport& report = *track.report;
+    report.bytes_in += frame.bytes.size();
+    if (m_container.splits_units && report.info.codec == Codec::kH264) GroupUnits(frame.bytes);
     SGFrameInfo record = RecordOf(report.info, frame);
     // The library fragments large units of I and P pictures only; the sub-type says nothing else
     // here, and receivers need the fragments of B pictures as well.
@@ -171,7 +174,6 @@ void Recording::PackNext(Packager& packager, Track& track)
     const int code = packager.InputFrame(record);
 
     ++report.frames_in;
-    report.bytes_in += frame.bytes.size();
     report.frames_damaged += frame.damaged ? 1 : 0;
     report.end_us = frame.time_us;
     if (code != SG_ERR_NOERR)
