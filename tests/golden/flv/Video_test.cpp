@@ -118,6 +118,32 @@ TEST(FlvVideo, StoresTheLow24BitsOfALaterTime)
     EXPECT_TRUE(Support::Same(Support::Slice(recording.Fresh(), 0, 20), EndTag(1784)));
 }
 
+TEST(FlvVideo, WrapsItsTimeAtFrame419431Of25PerSecond)
+{
+    uint32_t time = 0;  // of the last tag
+    SGCreateParam create{};
+    create.user = &time;
+    create.sg_datacb = [](SGOutputData* block, void* user)
+    {
+        const unsigned char* const tag = block->data_pointer;
+        *static_cast<uint32_t*>(user) = static_cast<uint32_t>(tag[7]) << 24 |
+                                        static_cast<uint32_t>(tag[4]) << 16 |
+                                        static_cast<uint32_t>(tag[5]) << 8 | tag[6];
+    };
+    void* const handle = SG_CreateHandle(SG_STREAM_TYPE_FLV, &create);
+    Bytes bytes = kPFrame;
+    SGFrameInfo record = Support::RecordOf(H264I(bytes));
+    record.frame_pointer = bytes.data();
+    for (uint32_t number = 0; number <= 419430; ++number)
+    {
+        ASSERT_EQ(SG_InputFrame(handle, &record), SG_ERR_NOERR);
+    }
+    EXPECT_EQ(time, 16777200u);
+    EXPECT_EQ(SG_InputFrame(handle, &record), SG_ERR_NOERR);  // 16777240 ms
+    EXPECT_EQ(time, 24u);
+    SG_DestroyHandle(handle);
+}
+
 TEST(FlvVideo, HasTime0AndDuration0WithoutAFrameRate)
 {
     Recording recording(SG_STREAM_TYPE_FLV);
