@@ -155,12 +155,12 @@ TEST(AsfAudio, CountsInTheFileAndDataCounts)
 {
     Recording recording(SG_STREAM_TYPE_ASF);
     Begun(recording).Input(Pcm16(Payload(5000))).Tailer();
-    HeaderSpec spec;
-    spec.audio = AudioSpec{};
-    spec.packets = 4;
-    spec.dataPackets = 4;
-    spec.fileSize = kDataStart + 4 * kPacketLen + 56;
-    EXPECT_TRUE(Support::Same(recording.Masked(recording.Blocks().back()), Header(spec)));
+    HeaderValues values;
+    values.audio = AudioValues{};
+    values.packets = 4;
+    values.dataPackets = 4;
+    values.fileSize = kDataStart + 4 * kPacketLen + 56;
+    EXPECT_TRUE(Support::Same(recording.Masked(recording.Blocks().back()), Header(values)));
 }
 
 }  // namespace

@@ -30,12 +30,12 @@ TEST(AsfFile, IsHeaderPacketsIndexAndTheHeaderAgain)
 
     EXPECT_TRUE(Support::Same(recording.Masked(recording.Blocks()[0]),
                               Join({Header({}), Packets(kKey, 0, 0, first)})));
-    HeaderSpec closing;
+    HeaderValues closing;
     closing.fileSize = index + 56 + 6;
     closing.packets = 5;
     closing.duration = 40 * 10000;
     closing.dataPackets = 5;
-    closing.audio = AudioSpec{};
+    closing.audio = AudioValues{};
     EXPECT_TRUE(Support::Same(recording.Masked(recording.Blocks()[4]), Header(closing)));
     EXPECT_TRUE(Support::Same(recording.File(),
                               Join({Header(closing),
@@ -74,9 +74,9 @@ TEST(AsfStream, HasABroadcastHeaderAndNoTailer)
 class EveryVariant : public ::testing::TestWithParam<uint32_t>
 {
 protected:
-    static HeaderSpec FirstHeader()
+    static HeaderValues FirstHeader()
     {
-        return GetParam() == SG_STREAM_TYPE_ASF ? HeaderSpec{} : Broadcast();
+        return GetParam() == SG_STREAM_TYPE_ASF ? HeaderValues{} : Broadcast();
     }
 };
 INSTANTIATE_TEST_SUITE_P(Asf,
@@ -197,12 +197,12 @@ TEST(AsfTailer, LetsFramesGoOnWhereTheDataEnded)
     EXPECT_TRUE(IsAt(recording.Blocks()[blocks], kDataStart + kPacketLen, kPacketLen));
     EXPECT_TRUE(IsAt(recording.Blocks()[blocks + 1], kDataStart + 2 * kPacketLen, kPacketLen));
     EXPECT_TRUE(IsAt(recording.Blocks()[blocks + 2], kDataStart + 3 * kPacketLen, 62));
-    HeaderSpec closing;
+    HeaderValues closing;
     closing.fileSize = kDataStart + 3 * kPacketLen + 62;
     closing.packets = 3;
     closing.duration = 40 * 10000;
     closing.dataPackets = 3;
-    closing.audio = AudioSpec{};
+    closing.audio = AudioValues{};
     EXPECT_TRUE(Support::Same(recording.File(),
                               Join({Header(closing),
                                     Packets(kKey, 0, 0, frame),

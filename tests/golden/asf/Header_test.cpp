@@ -40,31 +40,31 @@ TEST(AsfHeader, NamesTheEncodingByItsFourCharacters)
     };
     for (const auto& [encode, compression] : codes)
     {
-        HeaderSpec spec;
-        spec.compression = compression;
+        HeaderValues values;
+        values.compression = compression;
         EXPECT_TRUE(Support::Same(
-            FirstHeader(Support::Video(encode, SG_FRAME_SUB_TYPE_I, Payload(10))), Header(spec)))
+            FirstHeader(Support::Video(encode, SG_FRAME_SUB_TYPE_I, Payload(10))), Header(values)))
             << encode;
     }
 }
 
 TEST(AsfHeader, TellsSizeAndTimePerFrame)
 {
-    HeaderSpec spec;
-    spec.width = 4294967295u;
-    spec.height = 1;
-    spec.timePerFrame = 10000000 / 30;
+    HeaderValues values;
+    values.width = 4294967295u;
+    values.height = 1;
+    values.timePerFrame = 10000000 / 30;
     EXPECT_TRUE(Support::Same(FirstHeader(Key(Payload(10)).Sized(4294967295u, 1).AtRate(30)),
-                              Header(spec)));
-    spec.timePerFrame = 0;
+                              Header(values)));
+    values.timePerFrame = 0;
     for (const uint32_t rate : {0u, 10000001u, 0xFFFFFFFFu})
     {
         EXPECT_TRUE(Support::Same(FirstHeader(Key(Payload(10)).Sized(4294967295u, 1).AtRate(rate)),
-                                  Header(spec)));
+                                  Header(values)));
     }
-    spec.timePerFrame = 1;
+    values.timePerFrame = 1;
     EXPECT_TRUE(Support::Same(FirstHeader(Key(Payload(10)).Sized(4294967295u, 1).AtRate(10000000)),
-                              Header(spec)));
+                              Header(values)));
 }
 
 TEST(AsfHeader, RewrittenRepeatsWhatTheFirstHeaderInitialised)
@@ -77,15 +77,15 @@ TEST(AsfHeader, RewrittenRepeatsWhatTheFirstHeaderInitialised)
     recording.Input(Support::JpegI(Payload(10)).Sized(8, 8).AtRate(50));
     recording.Input(Support::Mpeg4I(Join({Hex("00 00 01 00 77"), picture})).Sized(9, 9).AtRate(5));
     recording.Input(Support::Audio(SG_ENCODE_AUDIO_G711A, Payload(10), 16000, 2, 8));
-    HeaderSpec spec;
-    spec.compression = Support::Text("M4S2");
-    spec.config = object;
-    spec.audio = AudioSpec{};
-    spec.packets = 5;
-    spec.dataPackets = 5;
-    spec.duration = 60 * 10000;  // 40 ms behind the first frame, 20 behind the second
-    spec.fileSize = kDataStart + 5 * kPacketLen + 62;
-    EXPECT_TRUE(Support::Same(ClosingHeader(recording), Header(spec)));
+    HeaderValues values;
+    values.compression = Support::Text("M4S2");
+    values.config = object;
+    values.audio = AudioValues{};
+    values.packets = 5;
+    values.dataPackets = 5;
+    values.duration = 60 * 10000;  // 40 ms behind the first frame, 20 behind the second
+    values.fileSize = kDataStart + 5 * kPacketLen + 62;
+    EXPECT_TRUE(Support::Same(ClosingHeader(recording), Header(values)));
 }
 
 TEST(AsfHeader, DeclaresAudioThatCameAheadOfTheFirstKeyFrame)
@@ -95,16 +95,16 @@ TEST(AsfHeader, DeclaresAudioThatCameAheadOfTheFirstKeyFrame)
     file.Input(Pcm16(Payload(80))).Input(alaw);
     EXPECT_TRUE(file.Blocks().empty());
     file.Input(Key(Payload(10)));
-    HeaderSpec spec;
-    spec.audio = AudioSpec{};  // the first of the two
+    HeaderValues values;
+    values.audio = AudioValues{};  // the first of the two
     EXPECT_TRUE(
-        Support::Same(file.Fresh(), Join({Header(spec), Packets(kKey, 0, 0, Payload(10))})));
+        Support::Same(file.Fresh(), Join({Header(values), Packets(kKey, 0, 0, Payload(10))})));
 
     Recording stream(SG_STREAM_TYPE_STREAM_ASF);
     stream.Input(Pcm16(Payload(80))).Input(alaw);
     EXPECT_TRUE(stream.Blocks().empty());
     stream.Input(Key(Payload(10)));
-    const AudioSpec stored{6, 2, 16000, 16000, 8};  // the last of the two
+    const AudioValues stored{6, 2, 16000, 16000, 8};  // the last of the two
     EXPECT_TRUE(Support::Same(stream.Fresh(),
                               Join({Header(Broadcast(stored)), Packets(kKey, 0, 0, Payload(10))})));
 }
@@ -116,12 +116,12 @@ TEST(AsfHeader, DeclaresLaterAudioInTheRewrittenHeaderOnly)
     EXPECT_TRUE(
         Support::Same(recording.Fresh(), Join({Header({}), Packets(kKey, 0, 0, Payload(10))})));
     recording.Input(Support::Audio(SG_ENCODE_AUDIO_G711U, Payload(10), 8000, 1, 8));
-    HeaderSpec spec;
-    spec.audio = AudioSpec{7, 1, 8000, 8000, 8};
-    spec.packets = 2;
-    spec.dataPackets = 2;
-    spec.fileSize = kDataStart + 2 * kPacketLen + 56;
-    EXPECT_TRUE(Support::Same(ClosingHeader(recording), Header(spec)));
+    HeaderValues values;
+    values.audio = AudioValues{7, 1, 8000, 8000, 8};
+    values.packets = 2;
+    values.dataPackets = 2;
+    values.fileSize = kDataStart + 2 * kPacketLen + 56;
+    EXPECT_TRUE(Support::Same(ClosingHeader(recording), Header(values)));
 }
 
 TEST(AsfHeader, OfTheStreamVariantAlwaysDeclaresAudio)
@@ -146,7 +146,7 @@ TEST(AsfHeader, IgnoresAudioWithoutATag)
         stream.Input(Pcm16(Payload(80))).Input(Support::Audio(encode, Payload(80), 44100, 2, 8));
         stream.Input(Key(Payload(10)));
         EXPECT_TRUE(Support::Same(Support::Slice(stream.File(), 0, kDataStart),
-                                  Header(Broadcast(AudioSpec{}))))
+                                  Header(Broadcast(AudioValues{}))))
             << encode;
     }
 }
@@ -156,10 +156,10 @@ TEST(AsfHeader, CutsAudioValuesToTheirFields)
     Recording recording(SG_STREAM_TYPE_ASF);
     recording.Input(Pcm16(Payload(8), 0xFFFFFFFFu, 0x10003, 0x20010));
     recording.Input(Key(Payload(10)));
-    HeaderSpec spec;
+    HeaderValues values;
     // 0xFFFFFFFF * 0x20010 / 8 = 0x4001 FFFFBFFE
-    spec.audio = AudioSpec{1, 3, 0xFFFFFFFFu, 0xFFFFBFFEu, 0x10};
-    EXPECT_TRUE(Support::Same(Support::Slice(recording.File(), 0, kDataStart), Header(spec)));
+    values.audio = AudioValues{1, 3, 0xFFFFFFFFu, 0xFFFFBFFEu, 0x10};
+    EXPECT_TRUE(Support::Same(Support::Slice(recording.File(), 0, kDataStart), Header(values)));
 }
 
 /// The configuration in the first header of an MPEG-4 frame, and the frame in the packets.
@@ -169,11 +169,11 @@ void ExpectSplit(const Bytes& frame, const Bytes& config, const Bytes& passedOn)
     {
         Recording recording(type);
         recording.Input(Support::Mpeg4I(frame));
-        HeaderSpec spec = type == SG_STREAM_TYPE_ASF ? HeaderSpec{} : Broadcast();
-        spec.compression = Support::Text("M4S2");
-        spec.config = config;
+        HeaderValues values = type == SG_STREAM_TYPE_ASF ? HeaderValues{} : Broadcast();
+        values.compression = Support::Text("M4S2");
+        values.config = config;
         EXPECT_TRUE(
-            Support::Same(recording.File(), Join({Header(spec), Packets(kKey, 0, 0, passedOn)})));
+            Support::Same(recording.File(), Join({Header(values), Packets(kKey, 0, 0, passedOn)})));
     }
 }
 
@@ -233,12 +233,12 @@ TEST(AsfMpeg4, Keeps64BytesOfConfigurationAndAHeaderOf768)
     const Bytes object = Join({Hex("00 00 01 00"), Payload(60)});
     Recording recording(SG_STREAM_TYPE_ASF);
     recording.Input(Pcm16(Payload(10))).Input(Support::Mpeg4I(Join({object, picture})));
-    HeaderSpec spec;
-    spec.compression = Support::Text("M4S2");
-    spec.config = object;
-    spec.audio = AudioSpec{};
+    HeaderValues values;
+    values.compression = Support::Text("M4S2");
+    values.config = object;
+    values.audio = AudioValues{};
     EXPECT_TRUE(
-        Support::Same(recording.File(), Join({Header(spec), Packets(kKey, 0, 0, picture)})));
+        Support::Same(recording.File(), Join({Header(values), Packets(kKey, 0, 0, picture)})));
 }
 
 TEST(AsfMpeg4, SplitsEveryKeyFrameAndNoOther)

@@ -129,11 +129,11 @@ TEST(AsfLimit, CountsWhatIsLeftOfAnMpeg4Frame)
     const Bytes picture = Support::Hex("00 00 01 B6 10");
     Recording recording(SG_STREAM_TYPE_ASF);
     recording.Input(Support::Mpeg4I(Join({object, picture})));
-    HeaderSpec spec;
-    spec.compression = Support::Text("M4S2");
-    spec.config = Support::Slice(object, 0, 64);
+    HeaderValues values;
+    values.compression = Support::Text("M4S2");
+    values.config = Support::Slice(object, 0, 64);
     EXPECT_TRUE(
-        Support::Same(recording.Fresh(), Join({Header(spec), Packets(kKey, 0, 0, picture)})));
+        Support::Same(recording.Fresh(), Join({Header(values), Packets(kKey, 0, 0, picture)})));
 }
 
 TEST(AsfLimit, IsAudioThatFillsTheWorkBuffer)
@@ -149,12 +149,12 @@ TEST(AsfLimit, IsAudioThatFillsTheWorkBuffer)
         recording.Fresh(),
         Join({Packets(kSound, 0, 0, most), Packets(kSound, 1, 129280, Payload(10))})));
     recording.Tailer();
-    HeaderSpec spec;
-    spec.audio = AudioSpec{};  // the dropped frame's parameters are not declared
-    spec.packets = 2 + kMost;
-    spec.dataPackets = 2 + kMost;
-    spec.fileSize = kDataStart + (2 + kMost) * kPacketLen + 56;
-    EXPECT_TRUE(Support::Same(recording.Masked(recording.Blocks().back()), Header(spec)));
+    HeaderValues values;
+    values.audio = AudioValues{};  // the dropped frame's parameters are not declared
+    values.packets = 2 + kMost;
+    values.dataPackets = 2 + kMost;
+    values.fileSize = kDataStart + (2 + kMost) * kPacketLen + 56;
+    EXPECT_TRUE(Support::Same(recording.Masked(recording.Blocks().back()), Header(values)));
 }
 
 }  // namespace

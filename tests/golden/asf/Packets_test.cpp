@@ -61,12 +61,12 @@ TEST(AsfPacket, CutsAFrameOf5000BytesInThree)
     const Bytes frame = Payload(5000);
     Recording recording(SG_STREAM_TYPE_ASF);
     recording.Input(Key(frame));
-    PacketSpec spec{.stream = kKey, .objectSize = 5000};
-    const Bytes first = Packet(spec, Support::Slice(frame, 0, 2048));
-    spec.offset = 2048;
-    const Bytes second = Packet(spec, Support::Slice(frame, 2048, 2048));
-    spec.offset = 4096;
-    const Bytes third = Packet(spec, Support::Slice(frame, 4096, 904));
+    PacketSpec values{.stream = kKey, .objectSize = 5000};
+    const Bytes first = Packet(values, Support::Slice(frame, 0, 2048));
+    values.offset = 2048;
+    const Bytes second = Packet(values, Support::Slice(frame, 2048, 2048));
+    values.offset = 4096;
+    const Bytes third = Packet(values, Support::Slice(frame, 4096, 904));
     EXPECT_TRUE(
         Support::Same(third, Join({Support::Slice(third, 0, 28 + 904), Support::Zero(1144)})));
     EXPECT_TRUE(Support::Same(recording.File(), Join({Header({}), first, second, third})));
@@ -92,10 +92,10 @@ TEST(AsfPacket, BeginsARecordingWithAJpegFrame)
 {
     Recording recording(SG_STREAM_TYPE_ASF);
     recording.Input(Support::JpegI(Payload(10)).As(SG_FRAME_SUB_TYPE_JPEG_FRAME));
-    HeaderSpec spec;
-    spec.compression = Support::Text("MJPG");
+    HeaderValues values;
+    values.compression = Support::Text("MJPG");
     EXPECT_TRUE(
-        Support::Same(recording.File(), Join({Header(spec), Packets(kKey, 0, 0, Payload(10))})));
+        Support::Same(recording.File(), Join({Header(values), Packets(kKey, 0, 0, Payload(10))})));
 }
 
 TEST(AsfPacket, CountsFramesOfEachStreamIn8Bits)
@@ -144,12 +144,12 @@ TEST(AsfTime, StandsStillWithoutARate)
     Begun(recording, 0).Input(Inter(Payload(10)));
     EXPECT_TRUE(Support::Same(recording.Fresh(), Packets(kInter, 1, 0, Payload(10))));
     recording.Tailer();
-    HeaderSpec spec;
-    spec.timePerFrame = 0;
-    spec.packets = 2;
-    spec.dataPackets = 2;
-    spec.fileSize = kDataStart + 2 * kPacketLen + 56;
-    EXPECT_TRUE(Support::Same(recording.Fresh(), Join({Index({}), Header(spec)})));
+    HeaderValues values;
+    values.timePerFrame = 0;
+    values.packets = 2;
+    values.dataPackets = 2;
+    values.fileSize = kDataStart + 2 * kPacketLen + 56;
+    EXPECT_TRUE(Support::Same(recording.Fresh(), Join({Index({}), Header(values)})));
 }
 
 TEST(AsfTime, IgnoresTheFramesOwnTimes)

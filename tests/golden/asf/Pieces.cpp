@@ -37,26 +37,26 @@ const Bytes kFileId = Hex("92 8C 60 DF EA 71 FE 43 81 04 22 51 D3 94 F3 9D");
 
 constexpr std::size_t kDateAt = 30 + 24 + 16 + 8;
 
-Bytes FileProperties(const HeaderSpec& spec)
+Bytes FileProperties(const HeaderValues& values)
 {
     return Join({
         kFileProperties,
         Lsb64(104),  // object size
         kFileId,
-        Lsb64(spec.fileSize),
-        Lsb64(spec.date),
-        Lsb64(spec.packets),
-        Lsb64(spec.duration),  // play duration
-        Lsb64(spec.duration),  // send duration
-        Lsb64(0),              // preroll
-        Lsb32(spec.flags),
+        Lsb64(values.fileSize),
+        Lsb64(values.date),
+        Lsb64(values.packets),
+        Lsb64(values.duration),  // play duration
+        Lsb64(values.duration),  // send duration
+        Lsb64(0),                // preroll
+        Lsb32(values.flags),
         Lsb32(2076),     // minimum packet size
         Lsb32(2076),     // maximum packet size
         Lsb32(1511712),  // maximum bit rate
     });
 }
 
-Bytes HeaderExtension(const HeaderSpec& spec, std::size_t padding)
+Bytes HeaderExtension(const HeaderValues& values, std::size_t padding)
 {
     const auto data = static_cast<uint32_t>(39 + 88 + 24 + padding);
     return Join({
@@ -81,7 +81,7 @@ Bytes HeaderExtension(const HeaderSpec& spec, std::size_t padding)
         Lsb32(2),   // seekable
         Lsb16(1),   // stream number
         Lsb16(0),   // language index
-        Lsb64(spec.timePerFrame),
+        Lsb64(values.timePerFrame),
         Lsb16(0),  // stream names
         Lsb16(0),  // payload extension systems
 
@@ -91,9 +91,9 @@ Bytes HeaderExtension(const HeaderSpec& spec, std::size_t padding)
     });
 }
 
-Bytes VideoStream(const HeaderSpec& spec)
+Bytes VideoStream(const HeaderValues& values)
 {
-    const auto config = static_cast<uint32_t>(spec.config.size());
+    const auto config = static_cast<uint32_t>(values.config.size());
     return Join({
         kStreamProperties,
         Lsb64(129 + config),  // object size
@@ -105,23 +105,23 @@ Bytes VideoStream(const HeaderSpec& spec)
         Lsb16(1),            // stream 1
         Lsb32(0),            // reserved
 
-        Lsb32(spec.width),
-        Lsb32(spec.height),
+        Lsb32(values.width),
+        Lsb32(values.height),
         U8(2),               // reserved
         Lsb16(40 + config),  // format data
 
         Lsb32(40 + config),  // BITMAPINFOHEADER
-        Lsb32(spec.width),
-        Lsb32(spec.height),
+        Lsb32(values.width),
+        Lsb32(values.height),
         Lsb16(1),   // planes
         Lsb16(24),  // bits per pixel
-        spec.compression,
+        values.compression,
         Zero(20),  // image size, resolutions, colours
-        spec.config,
+        values.config,
     });
 }
 
-Bytes AudioStream(const AudioSpec& audio)
+Bytes AudioStream(const AudioValues& audio)
 {
     return Join({
         kStreamProperties,
@@ -153,44 +153,45 @@ Bytes AudioStream(const AudioSpec& audio)
 
 }  // namespace
 
-Bytes Header(const HeaderSpec& spec)
+Bytes Header(const HeaderValues& values)
 {
-    const Bytes file = FileProperties(spec);
-    const Bytes video = VideoStream(spec);
-    const Bytes audio = spec.audio ? AudioStream(*spec.audio) : Bytes();
+    const Bytes file = FileProperties(values);
+    const Bytes video = VideoStream(values);
+    const Bytes audio = values.audio ? AudioStream(*values.audio) : Bytes();
     const std::size_t fixed = 30 + 104 + 46 + 39 + 88 + 24;
-    const Bytes extension = HeaderExtension(spec, kHeaderLen - fixed - video.size() - audio.size());
+    const Bytes extension =
+        HeaderExtension(values, kHeaderLen - fixed - video.size() - audio.size());
     return Join({
         kHeaderObject,
-        Lsb64(768),                 // object size
-        Lsb32(spec.audio ? 4 : 3),  // children
-        Hex("01 02"),               // reserved
+        Lsb64(768),                   // object size
+        Lsb32(values.audio ? 4 : 3),  // children
+        Hex("01 02"),                 // reserved
         file,
         extension,
         video,
         audio,
 
         kDataObject,
-        Lsb64(50 + 2076 * spec.dataPackets),  // object size
+        Lsb64(50 + 2076 * values.dataPackets),  // object size
         kFileId,
-        Lsb64(spec.dataPackets),
+        Lsb64(values.dataPackets),
         Lsb16(0x0101),  // reserved
     });
 }
 
-HeaderSpec Broadcast(const AudioSpec& audio)
+HeaderValues Broadcast(const AudioValues& audio)
 {
-    HeaderSpec spec;
-    spec.fileSize = 1;
-    spec.packets = 1;
-    spec.duration = 1;
-    spec.flags = 3;
-    spec.date = 1;
-    spec.audio = audio;
-    return spec;
+    HeaderValues values;
+    values.fileSize = 1;
+    values.packets = 1;
+    values.duration = 1;
+    values.flags = 3;
+    values.date = 1;
+    values.audio = audio;
+    return values;
 }
 
-Bytes Packet(const PacketSpec& spec, const Bytes& payload)
+Bytes Packet(const PacketSpec& values, const Bytes& payload)
 {
     const auto padding = static_cast<uint32_t>(2048 - payload.size());
     return Join({
@@ -198,14 +199,14 @@ Bytes Packet(const PacketSpec& spec, const Bytes& payload)
         U8(0x90),         // length types
         U8(0x5D),         // property types
         Lsb16(padding),
-        Lsb32(spec.time),  // send time
-        Lsb16(0),          // duration
-        U8(spec.stream),
-        U8(spec.number),
-        Lsb32(spec.offset),
+        Lsb32(values.time),  // send time
+        Lsb16(0),            // duration
+        U8(values.stream),
+        U8(values.number),
+        Lsb32(values.offset),
         U8(8),  // replicated data
-        Lsb32(spec.objectSize),
-        Lsb32(spec.time),  // presentation time
+        Lsb32(values.objectSize),
+        Lsb32(values.time),  // presentation time
         payload,
         Zero(padding),
     });

@@ -27,7 +27,7 @@ inline constexpr uint32_t kKey = 0x81;
 inline constexpr uint32_t kInter = 0x01;
 inline constexpr uint32_t kSound = 0x82;
 
-struct AudioSpec
+struct AudioValues
 {
     uint32_t tag = 1;
     uint32_t channels = 1;
@@ -37,7 +37,7 @@ struct AudioSpec
 };
 
 /// What a header tells; the date is compared apart.
-struct HeaderSpec
+struct HeaderValues
 {
     uint64_t fileSize = 0;
     uint64_t packets = 0;
@@ -49,16 +49,16 @@ struct HeaderSpec
     uint32_t height = 360;
     uint64_t timePerFrame = 400000;  ///< 100 ns
     Bytes config = {};
-    std::optional<AudioSpec> audio = {};
+    std::optional<AudioValues> audio = {};
     /// Of the data object head.
     uint64_t dataPackets = 0;
 };
 
 /// The header object and the head of the data object, 818 bytes.
-Bytes Header(const HeaderSpec& spec);
+Bytes Header(const HeaderValues& values);
 
 /// A header of the stream variant: ones, flags 3, and audio as stored.
-HeaderSpec Broadcast(const AudioSpec& audio = {0, 0, 0, 0, 0});
+HeaderValues Broadcast(const AudioValues& audio = {0, 0, 0, 0, 0});
 
 /// One data packet.
 struct PacketSpec
@@ -69,7 +69,7 @@ struct PacketSpec
     uint32_t offset = 0;
     uint32_t objectSize = 0;
 };
-Bytes Packet(const PacketSpec& spec, const Bytes& payload);
+Bytes Packet(const PacketSpec& values, const Bytes& payload);
 
 /// All packets of a frame.
 Bytes Packets(uint32_t stream, uint32_t number, uint32_t time, const Bytes& frame);
