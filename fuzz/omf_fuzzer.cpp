@@ -41,7 +41,7 @@ SplitFrame MakeSplitFrame(Fuzz::ByteSource& source)
     {
         const int32_t n = source.U8() % 24;
         const int32_t m = source.U8() % 24;
-        const auto count = static_cast<size_t>(n * m);
+        const auto count = static_cast<size_t>(n) * static_cast<size_t>(m);
         frame.blocks = std::make_unique<SGBlockInfo[]>(count);
         record.split_info = {1, (shape & 2) != 0 ? -n : n, m, frame.blocks.get()};
         for (size_t i = 0; i < count; ++i)
