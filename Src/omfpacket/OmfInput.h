@@ -61,7 +61,7 @@ public:
 private:
     [[nodiscard]] std::span<const unsigned char> Window() const { return {m_window.get(), m_nLen}; }
     void Move(uint64_t at, size_t count);
-    size_t ReadAt(uint64_t at, std::span<unsigned char> to) const;
+    [[nodiscard]] size_t ReadAt(uint64_t at, std::span<unsigned char> to) const;
 
     int m_nFile;
     uint64_t m_nSize = 0;

@@ -1,9 +1,10 @@
 #include "InfoCommand.h"
 
-#include <cstdio>
+#include <array>
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <system_error>
 
@@ -42,9 +43,9 @@ std::string Dump(const Json& json, int indent)
 
 std::string Seconds(int64_t milliseconds)
 {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.3f", static_cast<double>(milliseconds) / 1000);
-    return text.data();
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(3) << static_cast<double>(milliseconds) / 1000;
+    return text.str();
 }
 
 std::string Counted(uint64_t count, const std::string& thing)

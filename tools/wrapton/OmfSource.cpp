@@ -91,7 +91,7 @@ public:
         ++m_nCount;
     }
 
-    Rate Result() const
+    [[nodiscard]] Rate Result() const
     {
         const int64_t span = m_nLast - m_nFirst;
         return m_nCount > 1 && span > 0 ? Rate{(m_nCount - 1) * 1000, span} : Rate{};

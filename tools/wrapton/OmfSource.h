@@ -36,10 +36,10 @@ public:
     /// @param frame_rate pictures per second named by the user; empty: as the file says
     OmfSource(const OmfContent& content, OmfStream stream, std::optional<unsigned int> frame_rate);
 
-    const StreamInfo& Info() const override { return m_info; }
+    [[nodiscard]] const StreamInfo& Info() const override { return m_info; }
     std::optional<Frame> Next() override;
-    uint64_t BytesRead() const override { return m_reader.Position(); }
-    uint64_t BytesTotal() const override { return m_file->Size(); }
+    [[nodiscard]] uint64_t BytesRead() const override { return m_reader.Position(); }
+    [[nodiscard]] uint64_t BytesTotal() const override { return m_file->Size(); }
 
 private:
     void Describe(const OmfFrame& first, const Rate& measured);

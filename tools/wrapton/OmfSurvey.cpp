@@ -1,9 +1,10 @@
 #include "OmfSurvey.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <iomanip>
 #include <limits>
 #include <span>
+#include <sstream>
 #include <utility>
 
 #include <wrapton/Wrapton.h>
@@ -93,17 +94,11 @@ std::string DateText(uint32_t date)
 {
     const auto read = ReadOmfDate(date);
     if (!read) return "";
-    std::array<char, 32> text{};
-    std::snprintf(text.data(),
-                  text.size(),
-                  "%04u-%02u-%02uT%02u:%02u:%02u",
-                  read->year,
-                  read->month,
-                  read->day,
-                  read->hour,
-                  read->minute,
-                  read->second);
-    return text.data();
+    std::ostringstream text;
+    text << std::setfill('0') << read->year << '-' << std::setw(2) << read->month << '-'
+         << std::setw(2) << read->day << 'T' << std::setw(2) << read->hour << ':' << std::setw(2)
+         << read->minute << ':' << std::setw(2) << read->second;
+    return text.str();
 }
 
 void OmfStreamSurvey::Add(const OmfFrame& frame)

@@ -58,20 +58,20 @@ public:
     /// @param position of the end, with @p bytes right ahead of it that belong to no frame
     void End(uint64_t position, uint64_t bytes);
 
-    const OmfStreamSurvey& Of(OmfStream stream) const
+    [[nodiscard]] const OmfStreamSurvey& Of(OmfStream stream) const
     {
         return m_streams[static_cast<std::size_t>(stream)];
     }
-    uint64_t Frames() const;
+    [[nodiscard]] uint64_t Frames() const;
     /// From the first frame of any stream to the last, milliseconds.
-    int64_t Duration() const;
-    uint64_t FramesDamaged() const;
-    uint64_t BytesSkipped() const { return m_nSkipped; }
-    bool IsDamaged() const { return m_nPlaces > 0; }
-    const std::vector<OmfDamage>& Damage() const { return m_damage; }
-    uint64_t Places() const { return m_nPlaces; }
-    std::string FirstDate() const { return DateText(m_nFirstDate); }
-    std::string LastDate() const { return DateText(m_nLastDate); }
+    [[nodiscard]] int64_t Duration() const;
+    [[nodiscard]] uint64_t FramesDamaged() const;
+    [[nodiscard]] uint64_t BytesSkipped() const { return m_nSkipped; }
+    [[nodiscard]] bool IsDamaged() const { return m_nPlaces > 0; }
+    [[nodiscard]] const std::vector<OmfDamage>& Damage() const { return m_damage; }
+    [[nodiscard]] uint64_t Places() const { return m_nPlaces; }
+    [[nodiscard]] std::string FirstDate() const { return DateText(m_nFirstDate); }
+    [[nodiscard]] std::string LastDate() const { return DateText(m_nLastDate); }
 
 private:
     void Note(OmfDamage damage);

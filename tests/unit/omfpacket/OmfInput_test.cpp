@@ -5,8 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <system_error>
 
@@ -34,7 +34,7 @@ public:
         out.write(reinterpret_cast<const char*>(content.data()),
                   static_cast<std::streamsize>(content.size()));
     }
-    ~TempFile() { std::remove(m_path.c_str()); }
+    ~TempFile() { std::filesystem::remove(m_path); }
     TempFile(const TempFile&) = delete;
     TempFile& operator=(const TempFile&) = delete;
 
@@ -198,7 +198,7 @@ TEST(OmfInput, WhatIsNoRegularFileIsRefused)
     const std::string pipe = ::testing::TempDir() + "wrapton-omf-pipe-" + std::to_string(getpid());
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     EXPECT_EQ(OpenError(pipe), ESPIPE);
-    std::remove(pipe.c_str());
+    std::filesystem::remove(pipe);
 }
 
 }  // namespace

@@ -48,8 +48,6 @@ protected:
         m_packager.SetDataCallBack(&Support::Sink::Callback, &m_sink);
     }
     ~OmfPacket() override { InstallSources(nullptr); }
-    OmfPacket(const OmfPacket&) = delete;
-    OmfPacket& operator=(const OmfPacket&) = delete;
 
     static constexpr uint32_t kPayloadLen = 5;
 
