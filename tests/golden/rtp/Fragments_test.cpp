@@ -35,6 +35,7 @@ Bytes WithZero(const Bytes& data)
 std::vector<Bytes> PayloadsOf(const std::vector<Readers::RtpPacket>& packets)
 {
     std::vector<Bytes> payloads;
+    payloads.reserve(packets.size());
     for (const auto& packet : packets)
     {
         payloads.push_back(packet.payload);

@@ -114,6 +114,7 @@ TEST_P(RtpMedia, EveryMpeg4PictureComesBack)
 {
     std::vector<Frame> frames;
     const auto pictures = Support::Mpeg4Pictures(Support::Media("cif_352x288_25fps.m4v"));
+    frames.reserve(pictures.size());
     for (const Bytes& picture : pictures)
     {
         frames.push_back(Support::IsMpeg4Intra(picture) ? Support::Mpeg4I(picture)
@@ -126,6 +127,7 @@ TEST_P(RtpMedia, EveryJpegPictureComesBack)
 {
     std::vector<Frame> frames;
     const auto pictures = Support::JpegPictures(Support::Media("qvga_320x240_12fps.mjpeg"));
+    frames.reserve(pictures.size());
     for (const Bytes& picture : pictures)
     {
         frames.push_back(Support::JpegI(picture));

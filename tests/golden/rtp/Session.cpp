@@ -91,6 +91,7 @@ uint32_t Session::StampOf(Frame frame, uint32_t time)
 std::vector<Bytes> BytesOf(const std::vector<Support::Block>& blocks)
 {
     std::vector<Bytes> bytes;
+    bytes.reserve(blocks.size());
     for (const Support::Block& block : blocks)
     {
         bytes.push_back(block.data);

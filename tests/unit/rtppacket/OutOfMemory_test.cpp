@@ -1,7 +1,7 @@
 // What becomes of an RTP stream when there is no memory, and how little it needs.
 #include "rtppacket/RtpPacket.h"
-#include "support/Frames.h"
 #include "support/FailingNew.h"
+#include "support/Frames.h"
 
 namespace Orbel::Wrapton
 {
