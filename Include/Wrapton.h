@@ -350,7 +350,7 @@ WRAPTON_API void* SG_CreateHandle(unsigned int nType,
  *
  * @param handle from SG_CreateHandle()
  * @param pHeader what is known of the streams; the caller's, read during the call only. Whether
- * it may be null is the container's choice: MP4 family and WAV accept it
+ * it may be null is the container's choice: all of this version accept it
  * @return SG_ERR_NOERR; SG_ERR_HANDLE_EMPTY handle is null; SG_ERR_PARAM_ERR the packager
  * refused, for example because a recording is under way; SG_ERR_MEMORY_OUT an allocation failed
  */
@@ -389,7 +389,7 @@ WRAPTON_API int SG_CreateTailer(void* handle,
  * @param handle from SG_CreateHandle()
  * @param backup filled with the block and its position; the bytes are the library's and are
  * valid until the next call on the handle. Containers without such a snapshot give a null
- * pointer and size 0, and WAV leaves the record as it is
+ * pointer and size 0; WAV and the program streams leave the record as it is
  * @return the packager's own result. MP4 family: the size of the snapshot in bytes, 0 when
  * there is none, SG_ERR_PARAM_ERR backup is null or there is no memory for the snapshot.
  * Others: SG_ERR_NOERR, or SG_ERR_PARAM_ERR backup is null. SG_ERR_HANDLE_EMPTY handle is null
