@@ -18,7 +18,7 @@ CMAKE = sys.argv.pop(1)
 GENERATOR = sys.argv.pop(1)
 C_COMPILER = sys.argv.pop(1)
 CXX_COMPILER = sys.argv.pop(1)
-LAUNCHER = sys.argv.pop(1)
+LAUNCHER = sys.argv.pop(1) if len(sys.argv) > 1 else ""  # ccache and the like, if any
 
 OPTIONS = ["TESTS", "TOOLS", "BENCHMARKS", "FUZZERS"]
 HIDDEN = ["GTest", "benchmark", "CLI11", "nlohmann_json", "PkgConfig", "Python3"]
