@@ -1,6 +1,7 @@
 #include "PackageImpl.h"
 
 #include "asfpacket/AsfPacket.h"
+#include "avipacket/AviPacket.h"
 #include "flvpacket/FlvPacket.h"
 #include "mp4packet/Mp4Packet.h"
 #include "omfpacket/OmfPacket.h"
@@ -21,6 +22,8 @@ std::unique_ptr<CPackage> CreatePackage(unsigned int nType, const SGCreateParam*
         case SG_STREAM_TYPE_FLV:
         case SG_STREAM_TYPE_STREAM_FLV:
             return std::make_unique<CFlvPacket>(nType, pCreateParam);
+        case SG_STREAM_TYPE_AVI:
+            return std::make_unique<CAviPacket>(nType, pCreateParam);
         case SG_STREAM_TYPE_MP4:
         case SG_STREAM_TYPE_MOV:
         case SG_STREAM_TYPE_MP4_NOSEEK:

@@ -7,6 +7,21 @@ namespace Support
 
 using Orbel::Wrapton::SGOutputData;
 
+::testing::AssertionResult IsBlockAt(const Block& block, uint64_t position, const Bytes& bytes)
+{
+    if (block.structSize != 40 || block.origin != 0 ||
+        block.position != static_cast<int64_t>(position) ||
+        block.narrow != static_cast<uint32_t>(position) ||
+        block.size != static_cast<int32_t>(bytes.size()))
+    {
+        return ::testing::AssertionFailure()
+               << "struct_size " << block.structSize << ", size " << block.size << ", origin "
+               << block.origin << ", positions " << block.narrow << " and " << block.position
+               << " where 40, " << bytes.size() << ", 0 and " << position << " are due";
+    }
+    return Support::Same(block.data, bytes);
+}
+
 void Sink::Callback(SGOutputData* block, void* user)
 {
     auto& sink = *static_cast<Sink*>(user);

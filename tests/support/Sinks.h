@@ -29,6 +29,9 @@ struct Block
     Bytes data;
 };
 
+/// A block as a packager must give it: origin 0 and both positions.
+::testing::AssertionResult IsBlockAt(const Block& block, uint64_t position, const Bytes& bytes);
+
 /// Base of the sinks: keeps the list of blocks. Give Callback and the sink's address to a packager.
 class Sink
 {

@@ -21,6 +21,7 @@ using Support::SeekingSink;
 const std::set<unsigned int> kBuilt = {
     SG_STREAM_TYPE_MP4,
     SG_STREAM_TYPE_ASF,
+    SG_STREAM_TYPE_AVI,
     SG_STREAM_TYPE_OMF,
     SG_STREAM_TYPE_FLV,
     SG_STREAM_TYPE_STREAM_ASF,
