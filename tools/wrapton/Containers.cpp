@@ -17,6 +17,7 @@ constexpr std::array<std::string_view, 1> kAsfExtensions = {".asf"};
 constexpr std::array<std::string_view, 1> kFlvExtensions = {".flv"};
 constexpr std::array<std::string_view, 2> kMp4Extensions = {".mp4", ".m4v"};
 constexpr std::array<std::string_view, 2> kMovExtensions = {".mov", ".qt"};
+constexpr std::array<std::string_view, 1> kAviExtensions = {".avi"};
 constexpr std::array<std::string_view, 1> kOmfExtensions = {".omf"};
 constexpr std::array<std::string_view, 2> kPsExtensions = {".mpg", ".mpeg"};
 constexpr std::array<std::string_view, 1> kRtpExtensions = {".rtp"};
@@ -28,6 +29,8 @@ constexpr std::array kFlvVideo = {Codec::kH264};
 constexpr std::array kFlvAudio = {Codec::kS16le};
 constexpr std::array kMp4Video = {Codec::kH264, Codec::kMpeg4, Codec::kMjpeg};
 constexpr std::array kMp4Audio = {Codec::kAac, Codec::kMp2};
+constexpr std::array kAviVideo = {Codec::kH264, Codec::kMpeg4, Codec::kMjpeg};
+constexpr std::array kAviAudio = {Codec::kAlaw, Codec::kS16le};
 constexpr std::array kOmfVideo = {Codec::kH264, Codec::kMpeg4, Codec::kMjpeg};
 constexpr std::array kOmfAudio = {Codec::kAac, Codec::kMp2, Codec::kAlaw, Codec::kS16le};
 constexpr std::array kRtpAudio = {Codec::kAac, Codec::kMp2, Codec::kAlaw, Codec::kS16le};
@@ -97,6 +100,17 @@ constexpr std::array kContainers = {
     Mp4Family("mp464", SG_STREAM_TYPE_MP4_64, {}),
     Mp4Family("mov64", SG_STREAM_TYPE_MOV_64, {}),
     Mp4Family("mp4noseek", SG_STREAM_TYPE_MP4_NOSEEK, {}),
+    Container{.name = "avi",
+              .type = SG_STREAM_TYPE_AVI,
+              .extensions = kAviExtensions,
+              .video = kAviVideo,
+              .audio = kAviAudio,
+              .audio_needs_video = true,
+              .constant_rate = true,
+              .streams_from_frames = true,
+              .takes_reserve = false,
+              .ignores_closing_block_at_start = false,
+              .labels_8000_mono_pcm = false},
     // The broadcast of it is left out: readers refuse the audio that it declares without knowing
     // any.
     Container{.name = "asf",

@@ -22,6 +22,8 @@ struct Container
     bool audio_needs_video;
     /// Pictures get one duration for all and no composition times.
     bool constant_rate;
+    /// The streams come from the frames alone: a header record would declare absent ones, too.
+    bool streams_from_frames = false;
     /// SGHeaderInfo::pre_header_len has a meaning.
     bool takes_reserve;
     /// The tailer emits a block at position 0 that an appending sink must not place: it would

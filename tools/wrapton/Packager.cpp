@@ -49,7 +49,7 @@ int Packager::DescribeRtp(const RtpStream& stream)
 int Packager::CreateHeader(SGHeaderInfo& header)
 {
     m_bStored = false;
-    return SG_CreateHeader(m_pHandle, &header);
+    return SG_CreateHeader(m_pHandle, m_container.streams_from_frames ? nullptr : &header);
 }
 
 int Packager::InputFrame(SGFrameInfo& frame)
