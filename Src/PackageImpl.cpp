@@ -3,6 +3,7 @@
 #include "asfpacket/AsfPacket.h"
 #include "avipacket/AviPacket.h"
 #include "flvpacket/FlvPacket.h"
+#include "mkvpacket/Mkvpacket.h"
 #include "mp4packet/Mp4Packet.h"
 #include "omfpacket/OmfPacket.h"
 #include "pspacket/PsPacket.h"
@@ -24,6 +25,8 @@ std::unique_ptr<CPackage> CreatePackage(unsigned int nType, const SGCreateParam*
             return std::make_unique<CFlvPacket>(nType, pCreateParam);
         case SG_STREAM_TYPE_AVI:
             return std::make_unique<CAviPacket>(nType, pCreateParam);
+        case SG_STREAM_TYPE_MKV:
+            return std::make_unique<CMkvPacket>(nType, pCreateParam);
         case SG_STREAM_TYPE_MP4:
         case SG_STREAM_TYPE_MOV:
         case SG_STREAM_TYPE_MP4_NOSEEK:

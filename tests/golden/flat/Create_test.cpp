@@ -22,6 +22,7 @@ const std::set<unsigned int> kBuilt = {
     SG_STREAM_TYPE_MP4,
     SG_STREAM_TYPE_ASF,
     SG_STREAM_TYPE_AVI,
+    SG_STREAM_TYPE_MKV,
     SG_STREAM_TYPE_OMF,
     SG_STREAM_TYPE_FLV,
     SG_STREAM_TYPE_STREAM_ASF,
