@@ -24,6 +24,8 @@ struct Container
     bool constant_rate;
     /// The streams come from the frames alone: a header record would declare absent ones, too.
     bool streams_from_frames = false;
+    /// H.264 units are found by start codes of 4 bytes only.
+    bool needs_long_start_codes = false;
     /// SGHeaderInfo::pre_header_len has a meaning.
     bool takes_reserve;
     /// The tailer emits a block at position 0 that an appending sink must not place: it would

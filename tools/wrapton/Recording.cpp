@@ -6,6 +6,7 @@
 
 #include "Failure.h"
 #include "Interrupt.h"
+#include "StartCodes.h"
 #include "UnitGroup.h"
 
 namespace Orbel::Wrapton::Command
@@ -166,6 +167,8 @@ void Recording::PackNext(Packager& packager, Track& track)
     StreamReport& report = *track.report;
     report.bytes_in += frame.bytes.size();
     if (m_container.splits_units && report.info.codec == Codec::kH264) GroupUnits(frame.bytes);
+    if (m_container.needs_long_start_codes && report.info.codec == Codec::kH264)
+        frame.bytes = WithLongStartCodes(frame.bytes);
     SGFrameInfo record = RecordOf(report.info, frame);
     // The library fragments large units of I and P pictures only; the sub-type says nothing else
     // here, and receivers need the fragments of B pictures as well.
