@@ -50,6 +50,12 @@ public:
     [[nodiscard]] uint32_t GetType() const noexcept { return m_nType; }
 
 protected:
+    /// True for a frame with bytes; most packagers refuse all others.
+    [[nodiscard]] static bool IsFrame(const SGFrameInfo* pFrame) noexcept
+    {
+        return pFrame != nullptr && pFrame->frame_pointer != nullptr && pFrame->frame_size != 0;
+    }
+
     /// Where a block belongs, SGOutputData::offset_type.
     enum class Origin : int32_t
     {

@@ -100,9 +100,7 @@ int CAsfPacket::CreateHeader(SGHeaderInfo* /*pHeader*/, unsigned int /*nReserved
 
 int CAsfPacket::InputData(SGFrameInfo* pFrame, unsigned int /*nReserved*/)
 {
-    if (pFrame == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_pointer == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_size == 0) return SG_ERR_PARAM_ERR;
+    if (!IsFrame(pFrame)) return SG_ERR_PARAM_ERR;
     if (m_pOutBuffer == nullptr) return SG_ERR_MEMORY_OUT;
 
     // Kept: what becomes of a frame of these two kinds is not told.

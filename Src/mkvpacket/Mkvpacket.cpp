@@ -123,9 +123,7 @@ int CMkvPacket::CreateHeader(SGHeaderInfo* /*pHeader*/, unsigned int /*nReserved
 int CMkvPacket::InputData(SGFrameInfo* pFrame, unsigned int /*nReserved*/)
 {
     const CSGAutoMutexLock lock(m_lockData);
-    if (pFrame == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_pointer == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_size == 0) return SG_ERR_PARAM_ERR;
+    if (!IsFrame(pFrame)) return SG_ERR_PARAM_ERR;
     if (pFrame->frame_type != SG_FRAME_TYPE_VIDEO) return SG_ERR_PARAM_ERR;
     if (!m_bFront) return SG_ERR_PARAM_ERR;
 

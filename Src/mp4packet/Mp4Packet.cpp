@@ -134,9 +134,7 @@ int CMp4Packet::CreateHeader(SGHeaderInfo* pHeader, unsigned int /*nReserved*/)
 int CMp4Packet::InputData(SGFrameInfo* pFrame, unsigned int /*nReserved*/)
 {
     const CSGAutoMutexLock lock(m_lockData);
-    if (pFrame == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_pointer == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_size == 0) return SG_ERR_PARAM_ERR;
+    if (!IsFrame(pFrame)) return SG_ERR_PARAM_ERR;
     if (m_pOutBuffer == nullptr) return SG_ERR_PARAM_ERR;
 
     // Kept: what becomes of a frame of these three kinds is not told.

@@ -111,9 +111,7 @@ int COmfPacket::CreateTailer(SGTailerInfo* /*pTailer*/, unsigned int /*nReserved
 
 int COmfPacket::InputFrame(const SGFrameInfo* pFrame, PacketBuffer* pPacket)
 {
-    if (pFrame == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_pointer == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_size == 0) return SG_ERR_PARAM_ERR;
+    if (!IsFrame(pFrame)) return SG_ERR_PARAM_ERR;
 
     Draft draft{.frame = *pFrame, .packet = pPacket, .next = m_state, .header = {}};
     switch (pFrame->frame_type)

@@ -74,9 +74,7 @@ int CPsPacket::InputData(SGFrameInfo* pFrame, PacketBuffer& packet)
 
 int CPsPacket::InputFrame(const SGFrameInfo* pFrame, CPsOutput& output)
 {
-    if (pFrame == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_pointer == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_size == 0) return SG_ERR_PARAM_ERR;
+    if (!IsFrame(pFrame)) return SG_ERR_PARAM_ERR;
     if (!output.IsValid()) return SG_ERR_PARAM_ERR;
 
     switch (pFrame->frame_type)

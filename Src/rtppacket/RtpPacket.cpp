@@ -18,11 +18,6 @@ constexpr int kMostMaxPacketSize = 65535 + kLengthLen;
 constexpr uint32_t kMostExtensionLen = 65535 * 4;
 constexpr uint32_t kVideoClockPerMillisecond = 90;
 
-bool IsFrame(const SGFrameInfo* pFrame)
-{
-    return pFrame != nullptr && pFrame->frame_pointer != nullptr && pFrame->frame_size != 0;
-}
-
 std::span<const unsigned char> BytesOf(const SGFrameInfo& frame)
 {
     return {frame.frame_pointer, frame.frame_size};

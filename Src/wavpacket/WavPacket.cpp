@@ -61,9 +61,7 @@ int CWavPacket::CreateHeader(SGHeaderInfo* /*pHeader*/, unsigned int /*nReserved
 
 int CWavPacket::InputData(SGFrameInfo* pFrame, unsigned int /*nReserved*/)
 {
-    if (pFrame == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_pointer == nullptr) return SG_ERR_PARAM_ERR;
-    if (pFrame->frame_size == 0) return SG_ERR_PARAM_ERR;
+    if (!IsFrame(pFrame)) return SG_ERR_PARAM_ERR;
     if (m_pOutBuffer == nullptr) return SG_ERR_PARAM_ERR;
     if (pFrame->frame_type != SG_FRAME_TYPE_AUDIO) return SG_ERR_PARAM_ERR;
 
