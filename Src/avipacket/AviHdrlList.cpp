@@ -12,10 +12,8 @@ namespace
 constexpr uint32_t kListSize = 4096;
 constexpr uint32_t kListHeaderLen = 12;
 static_assert(CAviHdrlList::kLength == kListSize + 8);
-/// What is left of the list behind list header and avih, streams or not.
-constexpr uint32_t kJunkLen = CAviHdrlList::kLength - kListHeaderLen - Avi_MainHeader{}.total_size;
-static_assert(kJunkLen == 4028);
-constexpr uint32_t kJunkHeaderLen = 8;
+static_assert(Avi_Junk{}.total_size ==
+              CAviHdrlList::kLength - kListHeaderLen - Avi_MainHeader{}.total_size);
 
 constexpr uint32_t kVideoBufferSize = 1048576;
 constexpr uint32_t kAudioBufferSize = 12288;
@@ -65,7 +63,6 @@ int CAviHdrlList::Init(uint64_t baseOffset,
     m_cbOutput = callback;
     m_pUser = user;
     m_nBaseOffset = baseOffset;
-    m_JunkList = {.size = kJunkLen - kJunkHeaderLen, .total_size = kJunkLen};
     if (pHeader == nullptr) return SG_ERR_NOERR;
 
     // Kept: both lists come into being even when their flags say that there is no such stream.
@@ -102,11 +99,9 @@ int CAviHdrlList::InitVideoStreamList(const SGVideoInfo* info) noexcept
                         .biSizeImage = m_nWidth * m_nHeight * 24 / 8},
     };
     if (m_nFrameRate != 0) m_MainHeader.dwMicroSecPerFrame = 1000000 / m_nFrameRate;
-    ++m_MainHeader.dwStreams;
     m_MainHeader.dwWidth = m_nWidth;
     m_MainHeader.dwHeight = m_nHeight;
-    m_bVideoInited = true;
-    ShrinkJunk(m_VideoStream.total_size);
+    AddList(m_bVideoInited, m_VideoStream.total_size);
     return SG_ERR_NOERR;
 }
 
@@ -145,9 +140,7 @@ int CAviHdrlList::InitAudioStreamList(const SGAudioInfo* info) noexcept
                        .nBlockAlign = bitPerSample / 8,
                        .wBitsPerSample = bitPerSample},
     };
-    ++m_MainHeader.dwStreams;
-    m_bAudioInited = true;
-    ShrinkJunk(m_AudioStream.total_size);
+    AddList(m_bAudioInited, m_AudioStream.total_size);
     return SG_ERR_NOERR;
 }
 
@@ -223,6 +216,15 @@ void CAviHdrlList::Write() noexcept
         PutJunk(w, m_JunkList);
     }
     m_cbOutput(m_OutputBuffer.data(), kLength, m_nBaseOffset, m_pUser);
+}
+
+void CAviHdrlList::AddList(bool& inited, uint32_t length) noexcept
+{
+    if (inited) return;
+
+    inited = true;
+    ++m_MainHeader.dwStreams;
+    ShrinkJunk(length);
 }
 
 void CAviHdrlList::ShrinkJunk(uint32_t by) noexcept

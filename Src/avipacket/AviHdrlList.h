@@ -45,6 +45,8 @@ public:
     [[nodiscard]] bool UseOpenDML() const noexcept { return m_bOpenDML; }
 
 private:
+    /// Makes room for a stream's list, unless it is there already.
+    void AddList(bool& inited, uint32_t length) noexcept;
     void ShrinkJunk(uint32_t by) noexcept;
 
     pRiffCallback m_cbOutput = nullptr;

@@ -24,10 +24,13 @@ int CAviPacket::CreateHeader(SGHeaderInfo* pHeader, unsigned int /*nReserved*/)
 {
     if (m_bRecording) return SG_ERR_PARAM_ERR;
 
-    m_mainRiff = CAviRiff();
-    m_pExtRiff.reset();
-    m_nExtRiffCount = 0;
-    m_nCurRiffOffset = 0;
+    if (m_mainRiff.HasBegun())
+    {
+        m_mainRiff = CAviRiff();
+        m_pExtRiff.reset();
+        m_nExtRiffCount = 0;
+        m_nCurRiffOffset = 0;
+    }
     const int result = m_mainRiff.Init(pHeader, RiffCallback, this);
     m_bRecording = result == SG_ERR_NOERR;
     return result;

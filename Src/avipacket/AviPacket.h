@@ -25,7 +25,8 @@ public:
 
     int Init() override;
     int Deinit() override;
-    /// Refused inside a recording; after a tailer it begins another file at position 0.
+    /// Refused inside a recording; after a tailer it begins another file at position 0. Frames that
+    /// came ahead of the first header have been counted, and the streams they brought are there.
     int CreateHeader(SGHeaderInfo* pHeader, unsigned int nReserved) override;
     using CPackage::InputData;
     int InputData(SGFrameInfo* pFrame, unsigned int nReserved) override;

@@ -89,11 +89,12 @@ struct Avi_OdmlList
     uint32_t total_size = 268;
 };
 
-/// JUNK.
+/// JUNK: what is left of the header list behind list header and avih, as long as there is neither
+/// stream nor odml.
 struct Avi_Junk
 {
-    uint32_t size = 0;
-    uint32_t total_size = 0;
+    uint32_t size = 4020;
+    uint32_t total_size = 4028;
 };
 
 /// A stream's index reservation as it stands in the file.

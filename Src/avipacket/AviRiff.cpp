@@ -49,7 +49,6 @@ int CAviRiff::InputFrame(const SGFrameInfo* pFrame) noexcept
     if (pFrame == nullptr) return SG_ERR_NOERR;
     if (pFrame->frame_pointer == nullptr) return SG_ERR_NOERR;
     if (!FitsBlock(pFrame->frame_size)) return SG_ERR_PARAM_ERR;
-    if (m_cbOutput == nullptr) return SG_ERR_NOERR;
 
     int result = SG_ERR_NOERR;
     if (pFrame->frame_type == SG_FRAME_TYPE_VIDEO) result = PackageVideoFrame(*pFrame);
@@ -104,12 +103,17 @@ int CAviRiff::PackageAudioFrame(const SGFrameInfo& frame) noexcept
 
 int CAviRiff::ReserveFor(eAviStream stream, uint32_t size) noexcept
 {
+    if (!HasBegun()) return SG_ERR_NOERR;
+
     const int result = Reserve(stream, size);
     return result != SG_ERR_NOERR ? result : m_idx1Object.Reserve();
 }
 
 void CAviRiff::Package(eAviStream stream, const SGFrameInfo& frame, bool key) noexcept
 {
+    // Kept: a frame ahead of the header brings its stream and counts, and is not stored.
+    if (!HasBegun()) return;
+
     EmitChunk(stream, frame);
     const Avi_Idx1Entry entry{.tag = stream == AVI_VIDEO_STREAM ? kVideoChunk : kAudioChunk,
                               .key = key ? kKeyFrame : 0,
@@ -120,7 +124,7 @@ void CAviRiff::Package(eAviStream stream, const SGFrameInfo& frame, bool key) no
 
 void CAviRiff::EndInput() noexcept
 {
-    if (m_cbOutput == nullptr) return;
+    if (!HasBegun()) return;
 
     if (!m_bHasTailer)
     {

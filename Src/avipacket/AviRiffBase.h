@@ -20,6 +20,9 @@ namespace Orbel::Wrapton
 class CAviRiffBase
 {
 public:
+    /// The header was emitted.
+    [[nodiscard]] bool HasBegun() const noexcept { return m_cbOutput != nullptr; }
+
     /// The RIFF's size field.
     [[nodiscard]] uint32_t Size() const noexcept { return m_riffHeader.filesize; }
 

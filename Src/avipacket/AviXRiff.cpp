@@ -38,7 +38,7 @@ int CAviXRiff::InputFrame(const SGFrameInfo* pFrame) noexcept
     if (pFrame == nullptr) return SG_ERR_NOERR;
     if (pFrame->frame_pointer == nullptr) return SG_ERR_NOERR;
     if (!FitsBlock(pFrame->frame_size)) return SG_ERR_PARAM_ERR;
-    if (m_cbOutput == nullptr) return SG_ERR_NOERR;
+    if (!HasBegun()) return SG_ERR_NOERR;
 
     int result = SG_ERR_NOERR;
     if (pFrame->frame_type == SG_FRAME_TYPE_VIDEO) result = Package(AVI_VIDEO_STREAM, *pFrame);
@@ -61,7 +61,7 @@ int CAviXRiff::Package(eAviStream stream, const SGFrameInfo& frame) noexcept
 
 void CAviXRiff::EndInput() noexcept
 {
-    if (m_cbOutput == nullptr) return;
+    if (!HasBegun()) return;
 
     EmitIndexes();
     EmitHeader();

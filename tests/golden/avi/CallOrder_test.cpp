@@ -17,18 +17,51 @@ TEST(AviCallOrder, TailerWithoutAHeaderEmitsNothing)
     EXPECT_TRUE(recording.Blocks().empty());
 }
 
-TEST(AviCallOrder, FramesAheadOfTheHeaderLeaveNoTrace)
+// Kept: nothing but the storing of a frame needs the header.
+TEST(AviCallOrder, FramesAheadOfTheHeaderAreNotStoredButBringTheirStreamsAndCount)
 {
     Recording recording;
-    recording.Input(IFrame(100)).Input(Sound(100)).Input(PFrame(100));
+    recording.Input(PFrame(7)).Input(Sound(3)).Input(IFrame(100)).Input(Sound(50));
     EXPECT_TRUE(recording.Blocks().empty());
     recording.Tailer();
     EXPECT_TRUE(recording.Blocks().empty());
-    recording.NoHeader().Input(IFrame(10)).Tailer();
 
-    Recording fresh;
-    fresh.NoHeader().Input(IFrame(10)).Tailer();
-    EXPECT_TRUE(Same(recording.File(), fresh.File()));
+    recording.NoHeader();
+    Avih avih = VideoAndAudioAvih();
+    avih.maxBytesPerSec = 1337;  // 25 * 107 / 2
+    avih.totalFrames = 2;
+    avih.suggestedBufferSize = 100;
+    VideoStrl video = VideoStream();
+    video.length = 2;
+    video.suggestedBufferSize = 100;
+    AudioStrl audio = AudioStream();
+    audio.length = 2;
+    audio.suggestedBufferSize = 50;
+    const auto& blocks = recording.Blocks();
+    ASSERT_EQ(blocks.size(), 3u);
+    EXPECT_TRUE(
+        IsBlockAt(blocks[1], 12, Hdrl({avih.Chunk(), video.List(), audio.List(), Junk(1730)})));
+
+    // The first chunk behind the header is the first of the file.
+    recording.Input(PFrame(10)).Tailer();
+    EXPECT_TRUE(Same(recording.Data(), Join({Chunk("00dc", Payload(10)), Idx1({{"00dc", 0, 4}})})));
+}
+
+TEST(AviCallOrder, HeaderRecordReplacesTheStreamsOfEarlierFramesWithoutCountingThemTwice)
+{
+    Recording recording;
+    recording.Input(IFrame(100).Sized(16, 8).AtRate(5)).Input(Sound(50));
+    recording.Header(VideoAndAudioHeader());
+    Avih avih = VideoAndAudioAvih();
+    avih.maxBytesPerSec = 500;  // of the frame's own rate
+    avih.totalFrames = 1;
+    avih.suggestedBufferSize = 100;
+    VideoStrl video = VideoStream();
+    video.length = 1;
+    AudioStrl audio = AudioStream();
+    audio.length = 1;
+    EXPECT_TRUE(
+        Same(recording.HeaderList(), Hdrl({avih.Chunk(), video.List(), audio.List(), Junk(1730)})));
 }
 
 TEST(AviCallOrder, SecondTailerRewritesTheHeadersButNotTheIndex)

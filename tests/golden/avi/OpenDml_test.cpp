@@ -244,6 +244,33 @@ TEST(AviOpenDml, ExtensionTakesFramesOfStreamsThatTheHeaderDoesNotKnow)
     EXPECT_TRUE(IsBlockAt(blocks[3], 12, Hdrl({avih.Chunk(), video.List(), Odml(4), Junk(2596)})));
 }
 
+// Kept: idx1 counts for the size of the RIFF, which the next call then finds too large, whatever
+// frame it brings. The standard index is not written any more, so the super index leads to 0; and
+// the tailer had moved the next RIFF on already.
+TEST(AviOpenDml, FrameBehindTheTailerOfAFullRiffOpensAnExtension)
+{
+    LongRecording recording(k64MiB);
+    recording.Header(VideoHeader()).FillFirstRiff().Tailer();
+    recording.Sink().ForgetBlocks();
+    SGFrameInfo record = Support::RecordOf(Support::Ext({}));
+    EXPECT_EQ(recording.Input(record, 5), SG_ERR_NOERR);
+    constexpr uint32_t kIdx1 = 8 + 16 * 16;
+    constexpr uint64_t kBase = 2 * (uint64_t{kRiffLimit} + kIdx1);
+    const auto& blocks = recording.Blocks();
+    ASSERT_EQ(blocks.size(), 3u);
+    EXPECT_TRUE(IsBlockAt(blocks[0], 0, RiffHeader(kRiffLimit + kIdx1, "AVI ")));
+    EXPECT_TRUE(IsBlockAt(blocks[1], 4116, MoviHeader(kRiffLimit - 4124)));
+    EXPECT_TRUE(IsBlockAt(blocks[2], kBase, Join({RiffHeader(24, "AVIX"), MoviHeader(12)})));
+
+    recording.Video(kP, 6).Tailer();
+    ASSERT_EQ(blocks.size(), 3u + 4u);
+    EXPECT_TRUE(IsChunkBlock(blocks[3], kBase + 24, "00dc", 6));
+    EXPECT_TRUE(
+        IsBlockAt(blocks[4], kBase + 38, Ix("ix00", "00dc", kBase + 20, {{12, 6 | kDelta}})));
+    EXPECT_TRUE(Same(Support::Slice(blocks[6].data, 76 + 124, 1032),
+                     Indx("00dc", {{0, 32 + 16 * 8, 16}, {kBase + 38, 40, 1}})));
+}
+
 TEST(AviOpenDml, NewFileAfterATailerForgetsTheExtensions)
 {
     LongRecording recording(k256MiB);

@@ -64,6 +64,42 @@ TEST(AviStatistics, DroppedPicturesCount)
     EXPECT_TRUE(Same(recording.HeaderList(), Hdrl({avih.Chunk(), Junk(4020)})));
 }
 
+TEST(AviStatistics, DroppedSoundCountsAlthoughItHasNoStream)
+{
+    Recording recording;
+    recording.Header(VideoHeader()).Input(Support::Aac(Payload(77))).Tailer();
+    Avih avih = VideoAvih();
+    avih.suggestedBufferSize = 77;
+    VideoStrl video = VideoStream();
+    video.suggestedBufferSize = 0;
+    EXPECT_TRUE(Same(recording.HeaderList(), Hdrl({avih.Chunk(), video.List(), Junk(2864)})));
+
+    // The stream that a later frame brings has the count of all.
+    recording.Input(Sound(5)).Tailer();
+    avih.streams = 2;
+    AudioStrl audio = AudioStream();
+    audio.length = 2;
+    audio.suggestedBufferSize = 77;
+    EXPECT_TRUE(
+        Same(recording.HeaderList(), Hdrl({avih.Chunk(), video.List(), audio.List(), Junk(1730)})));
+}
+
+TEST(AviStatistics, PicturesOfEverySubTypeCount)
+{
+    Recording recording;
+    recording.Header(VideoHeader()).Input(IFrame(4)).Input(BFrame(6));
+    recording.Input(Support::JpegI(Payload(8)).As(SG_FRAME_SUB_TYPE_JPEG_FRAME));
+    recording.Input(PFrame(2).As(SG_FRAME_SUB_TYPE_UNKNOW)).Tailer();
+    Avih avih = VideoAvih();
+    avih.maxBytesPerSec = 125;  // 25 * 20 / 4
+    avih.totalFrames = 4;
+    avih.suggestedBufferSize = 8;
+    VideoStrl video = VideoStream();
+    video.length = 4;
+    video.suggestedBufferSize = 8;
+    EXPECT_TRUE(Same(recording.HeaderList(), Hdrl({avih.Chunk(), video.List(), Junk(2864)})));
+}
+
 TEST(AviStatistics, FramesWithoutBytesCount)
 {
     Recording recording;

@@ -226,6 +226,17 @@ TEST(AviStreamsFromFrames, HeaderRecordSettlesTheStreamWhateverTheFramesSay)
     EXPECT_EQ(WordAt(recording.File(), kMicroSecPerFrame), 0u);
 }
 
+TEST(AviStreamsFromFrames, SoundOfAnyEncodingIsStoredInAListWithoutAFormat)
+{
+    SGHeaderInfo header = VideoHeader();
+    header.audio.bAudio = 0;
+    Recording recording;
+    recording.Header(header).Input(Support::Aac(Support::Payload(7))).Tailer();
+    const Bytes stored = Support::Aac(Support::Payload(7)).bytes;
+    EXPECT_TRUE(Same(recording.Data(), Join({Chunk("01wb", stored), Idx1({{"01wb", 16, 4}})})));
+    EXPECT_TRUE(Same(Slice(recording.File(), kWaveFormat, 18), Zero(18)));
+}
+
 TEST(AviStreamsFromFrames, HeaderListIsNotRewrittenAheadOfTheTailer)
 {
     Recording recording;
