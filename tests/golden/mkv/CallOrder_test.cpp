@@ -98,10 +98,14 @@ TEST(MkvCallOrder, BackupLeavesTheRecordAsItIs)
     backup.data_pointer = &byte;
     backup.data_size = 7;
     backup.offset_type = 2;
+    backup.offset_pos = 5;
+    backup.offset_pos64 = 6;
     EXPECT_EQ(recording.Calls().Backup(backup), SG_ERR_NOERR);
     EXPECT_EQ(backup.data_pointer, &byte);
     EXPECT_EQ(backup.data_size, 7);
     EXPECT_EQ(backup.offset_type, 2);
+    EXPECT_EQ(backup.offset_pos, 5u);
+    EXPECT_EQ(backup.offset_pos64, 6);
     EXPECT_EQ(SG_GetBackup(recording.Calls().Handle(), nullptr), SG_ERR_NOERR);
 }
 

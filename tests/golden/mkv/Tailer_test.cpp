@@ -82,6 +82,45 @@ TEST(MkvTailer, CueOfAnIFrameInsideAClusterCountsFromTheWholeLengthSoFar)
         Same(Support::Slice(recording.File(), 1059 + 16 + 16 + 26 + 36, cues.size()), cues));
 }
 
+// Kept: the time of a block has a sign, and its cue goes back with it.
+TEST(MkvTailer, CueTimeFollowsANegativeBlockTime)
+{
+    Recording recording;
+    recording.Header().Input(IFrame(1).AtRate(1)).Input(PFrame(1).AtRate(1));
+    // Frame 2 is no multiple of 100, so it belongs to cluster 1 and counts from 100 on:
+    // (2 - 100) * 1000 = 0xFFFE8130 in 32 bits; by 100: 42948692 = 0x28F5854.
+    recording.Input(IFrame(1).AtRate(100));
+    // Frame 3: (3 - 70) * 1000 = 0xFFFEFA48; by 70: 61355718 = 0x3A836C6.
+    recording.Input(IFrame(1).AtRate(70));
+    // Frame 4: (4 - 6) * 1000 = 0xFFFFF830; by 6: 715827549 = 0x2AAAA95D, of which 0xA95D is
+    // negative: -22179.
+    recording.Input(IFrame(1).AtRate(6)).Tailer();
+    const Bytes one = Payload(1);
+    const Bytes first = Cluster(0, {SimpleBlock(0, "80", one)});
+    const Bytes second = Cluster(1000,
+                                 {SimpleBlock(0, "00", one),
+                                  SimpleBlock(0x5854, "80", one),
+                                  SimpleBlock(0x36C6, "80", one),
+                                  SimpleBlock(0xA95D, "80", one)});
+    EXPECT_TRUE(Same(recording.Clusters(),
+                     Join({first,
+                           second,
+                           Cues({{0, 1059, 4},
+                                 {1000 + 0x5854, 1059 + 23, 16 + 7 + 4},
+                                 {1000 + 0x36C6, 1059 + 23, 16 + 14 + 4},
+                                 {1000u - 22179u, 1059 + 23, 16 + 21 + 4}})})));
+}
+
+TEST(MkvTailer, CueTimesGoOnWhereThoseOfClustersWrap)
+{
+    Recording recording;
+    recording.Header().Input(IFrame(1).AtRate(1)).Input(PFrame(1).AtRate(1), 65);
+    recording.Input(IFrame(1).AtRate(1)).Tailer();
+    constexpr uint32_t kLength = kClusterHead + 7;
+    const Bytes cues = Cues({{0, 1059, 4}, {66000, 1059 + 66 * kLength, 4}});
+    EXPECT_TRUE(Same(Support::Slice(recording.File(), 1059 + 67 * kLength, cues.size()), cues));
+}
+
 TEST(MkvTailer, RelativePositionKeepsItsLow16Bits)
 {
     Recording recording;
