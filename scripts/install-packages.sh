@@ -6,7 +6,7 @@ packages=(
     g++ cmake ninja-build pkg-config
     libavformat-dev libavcodec-dev libavutil-dev libcli11-dev nlohmann-json3-dev # the command
     libgtest-dev python3                                                         # the tests
-    ffmpeg tshark                                                                # readers that are not ours
+    ffmpeg mkvtoolnix tshark                                                     # readers that are not ours
 )
 
 if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then

@@ -125,15 +125,15 @@ class MediaTest(unittest.TestCase):
         return result
 
 
-def missing_readers():
-    return [tool for tool in ("ffprobe", "ffmpeg") if shutil.which(tool) is None]
+FFMPEG = {"ffprobe": "ffmpeg", "ffmpeg": "ffmpeg"}  # tools and their Debian packages
 
 
-def main(suite=None):
+def main(suite=None, tools=FFMPEG):
     """Runs the caller's tests, or says why they cannot be run here."""
-    missing = missing_readers()
+    missing = [tool for tool in tools if shutil.which(tool) is None]
     if missing:
-        print("skipped: " + " and ".join(missing) + " not found (Debian: ffmpeg)")
+        packages = sorted({tools[tool] for tool in missing})
+        print(f"skipped: {' and '.join(missing)} not found (Debian: {' '.join(packages)})")
         sys.exit(SKIPPED)
     if suite is None:
         unittest.main(verbosity=2)

@@ -2,12 +2,11 @@
 Argument: Packets or Capture."""
 
 import json
-import shutil
 import subprocess
 import sys
 import unittest
 
-from readers import (AUDIO, MEDIA, SKIPPED, VIDEO, MediaTest, Video, decoded_hashes, main,
+from readers import (AUDIO, FFMPEG, MEDIA, VIDEO, MediaTest, Video, decoded_hashes, main,
                      pack_json, wrapton)
 from rtp import byte_stream_units, nal_units, plain_frames, read_packet, read_packets
 
@@ -210,7 +209,5 @@ class Capture(MediaTest):
 
 
 if __name__ == "__main__":
-    if sys.argv[1] == "Capture" and shutil.which("tshark") is None:
-        print("skipped: tshark not found (Debian: tshark)")
-        sys.exit(SKIPPED)
-    main(unittest.defaultTestLoader.loadTestsFromName(sys.argv[1], sys.modules[__name__]))
+    main(unittest.defaultTestLoader.loadTestsFromName(sys.argv[1], sys.modules[__name__]),
+         {**FFMPEG, "tshark": "tshark"} if sys.argv[1] == "Capture" else FFMPEG)
