@@ -50,6 +50,8 @@ class Formats(MediaTest):
         "mp464": (14, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
         "mov64": (15, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
         "mp4noseek": (12, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
+        "avi": (2, ["h264", "mpeg4", "mjpeg"], ["alaw", "ulaw", "s16le"]),
+        "mkv": (13, ["h264", "mpeg4"], []),
         "asf": (1, ["h264", "mpeg4", "mjpeg"], ["alaw", "ulaw", "s16le"]),
         "flv": (4, ["h264"], ["s16le"]),
         "flvstream": (8, ["h264"], ["s16le"]),
@@ -78,7 +80,8 @@ class Formats(MediaTest):
 class Choosing(MediaTest):
     def test_the_extension_names_the_container(self):
         for extension, container in ((".mp4", "mp4"), (".MOV", "mov"), (".m4v", "mp4"),
-                                     (".flv", "flv"), (".asf", "asf")):
+                                     (".flv", "flv"), (".asf", "asf"), (".avi", "avi"),
+                                     (".mkv", "mkv")):
             result = self.packed(CAMERA, self.directory / ("out" + extension))
             self.assertEqual(result["container"], container)
 
