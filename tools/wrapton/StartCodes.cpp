@@ -1,30 +1,39 @@
 #include "StartCodes.h"
 
 #include <algorithm>
-#include <array>
-#include <iterator>
 
 namespace Orbel::Wrapton::Command
 {
 
-std::vector<unsigned char> WithLongStartCodes(const std::vector<unsigned char>& stream)
+std::size_t FindStartCode(std::span<const unsigned char> stream, std::size_t from)
 {
-    static constexpr std::array<unsigned char, 3> kStartCode = {0, 0, 1};
+    const auto behind = stream.subspan(from);
+    const auto found =
+        std::search(behind.begin(), behind.end(), kStartCode.begin(), kStartCode.end());
+    return from + static_cast<std::size_t>(found - behind.begin());
+}
 
+bool IsLongStartCode(std::span<const unsigned char> stream, std::size_t at)
+{
+    return at != 0 && stream[at - 1] == 0;
+}
+
+std::vector<unsigned char> WithLongStartCodes(std::span<const unsigned char> stream)
+{
     std::vector<unsigned char> result;
     result.reserve(stream.size() + stream.size() / 64 + 16);
-    auto from = stream.begin();
+    std::size_t from = 0;
     while (true)
     {
-        const auto code = std::search(from, stream.end(), kStartCode.begin(), kStartCode.end());
-        result.insert(result.end(), from, code);
-        if (code == stream.end()) return result;
+        const std::size_t at = FindStartCode(stream, from);
+        const auto unit = stream.subspan(from, at - from);
+        result.insert(result.end(), unit.begin(), unit.end());
+        if (at == stream.size()) return result;
 
         // A unit ends with no zero of its own (B.1.2), so one ahead of the code belongs to it.
-        const bool is_long = code != stream.begin() && *std::prev(code) == 0;
-        if (!is_long) result.push_back(0);
-        from = std::next(code, kStartCode.size());
+        if (!IsLongStartCode(stream, at)) result.push_back(0);
         result.insert(result.end(), kStartCode.begin(), kStartCode.end());
+        from = at + kStartCode.size();
     }
 }
 

@@ -1,9 +1,9 @@
 #include "UnitGroup.h"
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
 #include <span>
+
+#include "StartCodes.h"
 
 namespace Orbel::Wrapton::Command
 {
@@ -17,23 +17,14 @@ using ByteSpan = std::span<const unsigned char>;
 /// 2.4.3.7.
 constexpr std::size_t kMostPayload = 65535 - 3 - 10;
 
-constexpr std::array<unsigned char, 3> kStartCode = {0, 0, 1};
-
-/// Where 00 00 01 begins, at or behind @p from; the end when there is none.
-std::size_t FindCode(ByteSpan bytes, std::size_t from)
-{
-    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(from);
-    const auto found = std::search(begin, bytes.end(), kStartCode.begin(), kStartCode.end());
-    return static_cast<std::size_t>(found - bytes.begin());
-}
-
 bool SplitsWell(ByteSpan picture)
 {
     bool split = false;
     std::size_t piece = 0;
-    for (std::size_t at = FindCode(picture, 0); at < picture.size(); at = FindCode(picture, at + 3))
+    for (std::size_t at = FindStartCode(picture, 0); at < picture.size();
+         at = FindStartCode(picture, at + kStartCode.size()))
     {
-        if (at == 0 || picture[at - 1] != 0) continue;  // three bytes
+        if (!IsLongStartCode(picture, at)) continue;
 
         const std::size_t length = at - 1 - piece;
         if (split ? length > kMostPayload : length > 0) return false;
@@ -55,9 +46,9 @@ Bytes AsOneGroup(ByteSpan picture)
 {
     Bytes group = {0};
     group.reserve(picture.size() + 1);
-    for (std::size_t at = FindCode(picture, 0); at < picture.size();)
+    for (std::size_t at = FindStartCode(picture, 0); at < picture.size();)
     {
-        const std::size_t next = FindCode(picture, at + kStartCode.size());
+        const std::size_t next = FindStartCode(picture, at + kStartCode.size());
         const ByteSpan unit = WithoutTrailingZeros(picture.subspan(at, next - at));
         group.insert(group.end(), unit.begin(), unit.end());
         at = next;
