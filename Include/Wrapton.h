@@ -263,8 +263,11 @@ typedef struct SGFrameInfo
 {
     uint32_t struct_size;              /**< must be 112 */
     unsigned char* frame_pointer;      /**< the coded frame; the caller's, read during the call
-                                            only. Matroska alone writes to it: H.264 start codes
-                                            of 4 bytes become lengths in place */
+                                            only. Matroska alone writes to it: start codes of 4
+                                            bytes in SG_ENCODE_VIDEO_HI_H264 and _QV_H264 become
+                                            lengths in place, also when the frame is then dropped
+                                            or refused, unless its block does not fit 2 MiB or
+                                            there is no header yet */
     uint32_t frame_size;               /**< bytes at frame_pointer */
     uint32_t frame_type;               /**< SG_FRAME_TYPE */
     uint32_t frame_sub_type;           /**< SG_FRAME_SUB_TYPE of a video frame */
@@ -361,11 +364,12 @@ WRAPTON_API int SG_CreateHeader(void* handle,
  * Packages one coded frame.
  *
  * @param handle from SG_CreateHandle(), after SG_CreateHeader()
- * @param pFrame struct_size must be 112. Record and frame bytes stay the caller's and are read
- *        during the call only
+ * @param pFrame struct_size must be 112. Record and frame bytes stay the caller's and are used
+ *        during the call only: read, and by Matroska written to, see SGFrameInfo::frame_pointer
  * @return SG_ERR_NOERR, also when the container drops the frame (video ahead of the first I
- *         frame); SG_ERR_HANDLE_EMPTY handle is null; SG_ERR_PARAM_ERR pFrame is null or its
- *         struct_size is wrong; otherwise the packager's own code, unchanged
+ *         frame; with AVI any frame ahead of the header); SG_ERR_HANDLE_EMPTY handle is null;
+ * SG_ERR_PARAM_ERR pFrame is null or its struct_size is wrong; otherwise the packager's own code,
+ * unchanged
  * @note Output arrives through the data callback before this returns.
  */
 WRAPTON_API int SG_InputFrame(void* handle, WRAPTON_RECORD(SGFrameInfo) * pFrame) WRAPTON_NOEXCEPT;
@@ -389,10 +393,11 @@ WRAPTON_API int SG_CreateTailer(void* handle,
  * @param handle from SG_CreateHandle()
  * @param backup filled with the block and its position; the bytes are the library's and are
  * valid until the next call on the handle. Containers without such a snapshot give a null
- * pointer and size 0; WAV and the program streams leave the record as it is
+ * pointer and size 0; WAV, Matroska and the program streams leave the record as it is
  * @return the packager's own result. MP4 family: the size of the snapshot in bytes, 0 when
  * there is none, SG_ERR_PARAM_ERR backup is null or there is no memory for the snapshot.
- * Others: SG_ERR_NOERR, or SG_ERR_PARAM_ERR backup is null. SG_ERR_HANDLE_EMPTY handle is null
+ * WAV, Matroska and the program streams: SG_ERR_NOERR. Others: SG_ERR_NOERR, or SG_ERR_PARAM_ERR
+ * backup is null. SG_ERR_HANDLE_EMPTY handle is null
  * @note Nothing is emitted.
  */
 WRAPTON_API int SG_GetBackup(void* handle, WRAPTON_RECORD(SGOutputData) * backup) WRAPTON_NOEXCEPT;
