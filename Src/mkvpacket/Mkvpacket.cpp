@@ -12,6 +12,8 @@ namespace Orbel::Wrapton
 namespace
 {
 
+using namespace std::string_view_literals;
+
 constexpr uint32_t kWorkLen = 2097152;
 constexpr uint32_t kSizeLen = 8;  // of a size that is filled in afterwards
 constexpr uint32_t kIdLen = 4;    // of the top-level elements
@@ -27,8 +29,9 @@ constexpr uint32_t kVideoTrack = 1;
 
 constexpr std::string_view kDocTypeName = "matroska";
 // Kept: both with the zero behind the characters.
-constexpr std::string_view kAvcId("V_MPEG4/ISO/AVC", 16);
-constexpr std::string_view kAspId("V_MPEG4/ISO/ASP", 16);
+constexpr std::string_view kAvcId = "V_MPEG4/ISO/AVC\0"sv;
+constexpr std::string_view kAspId = "V_MPEG4/ISO/ASP\0"sv;
+static_assert(kAvcId.size() == 16 && kAspId.size() == 16);
 
 bool IsH264(uint32_t encode)
 {

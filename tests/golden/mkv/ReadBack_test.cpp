@@ -9,6 +9,7 @@ namespace
 {
 
 using namespace Orbel::Wrapton;
+using namespace std::string_literals;
 using Support::Frame;
 
 Readers::MkvFile ReadBack(const std::vector<Frame>& frames)
@@ -67,7 +68,7 @@ TEST(MkvReadBack, H264)
 
     const Readers::MkvFile file = ReadBack(frames);
     EXPECT_EQ(file.docType, "matroska");
-    EXPECT_EQ(file.codecId, std::string("V_MPEG4/ISO/AVC", 16));
+    EXPECT_EQ(file.codecId, "V_MPEG4/ISO/AVC\0"s);
     EXPECT_EQ(file.defaultDuration, 40000000u);
     EXPECT_EQ(file.width, 640u);
     EXPECT_EQ(file.height, 360u);
@@ -95,7 +96,7 @@ TEST(MkvReadBack, Mpeg4)
     }
 
     const Readers::MkvFile file = ReadBack(frames);
-    EXPECT_EQ(file.codecId, std::string("V_MPEG4/ISO/ASP", 16));
+    EXPECT_EQ(file.codecId, "V_MPEG4/ISO/ASP\0"s);
     EXPECT_FALSE(file.codecPrivate.empty());
     ASSERT_EQ(file.blocks.size(), frames.size());
     for (std::size_t at = 0; at < frames.size(); ++at)
