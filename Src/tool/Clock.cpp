@@ -87,6 +87,12 @@ uint32_t get_current_omf_time(long t) noexcept
            Field(date.tm_sec, 0, 6);
 }
 
+int64_t get_utc_time_of(const std::tm& local) noexcept
+{
+    std::tm fields = local;
+    return std::mktime(&fields);
+}
+
 uint32_t get_random() noexcept
 {
     return Installed().random();

@@ -40,6 +40,11 @@ int64_t get_current_utc_time() noexcept;
 /// time cannot be broken down.
 uint32_t get_current_omf_time(long t) noexcept;
 
+/// The time in seconds since 1970-01-01 UTC at which the clocks of the local time zone show @p
+/// local, whose fields may lie beyond their ranges; -1 when there is none. tm_isdst says whether
+/// these clocks are on daylight saving.
+int64_t get_utc_time_of(const std::tm& local) noexcept;
+
 /// 32 random bits.
 uint32_t get_random() noexcept;
 

@@ -1,4 +1,4 @@
-"""The public header compiles alone, in every language version, with every compiler at hand."""
+"""Each public header compiles alone, in every language version, with every compiler at hand."""
 
 import itertools
 import shutil
@@ -34,6 +34,16 @@ extern "C" void* MakeMp4()
 static_assert(noexcept(SG_DestroyHandle(nullptr)), "nothing is thrown to a caller");
 """
 
+# The component interfaces are C++ alone.
+COMPONENT_HEADERS = ["Platform.h"]
+COMPONENT_VERSIONS = ["c++17", "c++20"]
+COMPONENT_SOURCE = """\
+#include "{header}"
+#include "{header}"
+Orbel::Wrapton::PacketBuffer g_packet;
+Orbel::Wrapton::LargeFile g_file;
+"""
+
 
 class Header(unittest.TestCase):
     def compile(self, compiler, version, suffix, source):
@@ -63,6 +73,11 @@ def add_tests():
             self.compile(compiler, version, ".cpp", CXX_SOURCE)
 
         setattr(Header, f"test_{version}_by_{cxx_compiler}", as_cxx)
+    for (_, compiler), version, header in itertools.product(COMPILERS, COMPONENT_VERSIONS, COMPONENT_HEADERS):
+        def alone(self, compiler=compiler, version=version, header=header):
+            self.compile(compiler, version, ".cpp", COMPONENT_SOURCE.format(header=header))
+
+        setattr(Header, f"test_{Path(header).stem}_as_{version}_by_{compiler}", alone)
 
 
 add_tests()

@@ -144,6 +144,7 @@ class Install:
         self.assertEqual(
             installed,
             {
+                "include/wrapton/Platform.h",
                 "include/wrapton/Wrapton.h",
                 "lib/cmake/wrapton/wraptonConfig.cmake",
                 "lib/cmake/wrapton/wraptonConfigVersion.cmake",

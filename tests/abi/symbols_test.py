@@ -34,6 +34,24 @@ class Symbols(unittest.TestCase):
     def test_exports_are_those_of_the_version_script(self):
         self.assertEqual(exported(), in_version_script())
 
+    def test_the_component_headers_need_these_and_no_others(self):
+        beside_the_eight = [name for name in exported() if not name.startswith("SG_")]
+        plain = sorted(output_of("c++filt", *beside_the_eight).splitlines())
+        self.assertEqual(
+            plain,
+            [
+                "Orbel::Wrapton::IComponentFactory::add(Orbel::Wrapton::IComponentFactory&)",
+                "Orbel::Wrapton::IComponentFactory::find(char const*)",
+                "Orbel::Wrapton::IComponentFactory::remove(Orbel::Wrapton::IComponentFactory&)",
+                "Orbel::Wrapton::LargeFile::close()",
+                "Orbel::Wrapton::LargeFile::open(char const*, unsigned int)",
+                "Orbel::Wrapton::LargeFile::seek(long, int)",
+                "Orbel::Wrapton::LargeFile::write(void const*, unsigned long)",
+                "Orbel::Wrapton::getLastError()",
+                "Orbel::Wrapton::setLastError(unsigned int)",
+            ],
+        )
+
     def test_functions_of_the_header_are_exported(self):
         declared = set(re.findall(r"^\s*WRAPTON_API [\w* ]+?\b(\w+)\(", HEADER.read_text(), re.MULTILINE))
         self.assertGreaterEqual(len(declared), 8)

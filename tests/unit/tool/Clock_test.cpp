@@ -78,6 +78,33 @@ constexpr uint32_t Packed(
 
 constexpr int64_t kNovember2023 = 1700000000;  // 2023-11-14 22:13:20 UTC
 
+TEST(LocalDate, BecomesTheTimeOfTheZone)
+{
+    std::tm date{};
+    date.tm_year = 115;
+    date.tm_mon = 6;
+    date.tm_mday = 4;
+    date.tm_hour = 12;
+    {
+        const ZoneScope zone("UTC0");
+        EXPECT_EQ(get_utc_time_of(date), 1436011200);  // 2015-07-04 12:00:00 UTC
+    }
+    const ZoneScope zone("EST5EDT,M3.2.0,M11.1.0");
+    EXPECT_EQ(get_utc_time_of(date), 1436011200 + 5 * 3600);  // daylight saving marked off
+    date.tm_isdst = 1;
+    EXPECT_EQ(get_utc_time_of(date), 1436011200 + 4 * 3600);
+}
+
+TEST(LocalDate, MayLieBeyondTheRangesOfItsFields)
+{
+    const ZoneScope zone("UTC0");
+    std::tm date{};
+    date.tm_year = 100;
+    date.tm_mon = -1;
+    date.tm_mday = 0;
+    EXPECT_EQ(get_utc_time_of(date), 943920000);  // 1999-11-30 00:00:00
+}
+
 TEST_F(Clock, UtcTimeIsTheSystemTime)
 {
     s_now = kNovember2023;
