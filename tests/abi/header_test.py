@@ -35,7 +35,7 @@ static_assert(noexcept(SG_DestroyHandle(nullptr)), "nothing is thrown to a calle
 """
 
 # The component interfaces are C++ alone.
-COMPONENT_HEADERS = ["Platform.h"]
+COMPONENT_HEADERS = ["Platform.h", "IWrapton.h", "IFilePackage.h"]
 COMPONENT_VERSIONS = ["c++17", "c++20"]
 COMPONENT_SOURCE = """\
 #include "{header}"

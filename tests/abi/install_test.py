@@ -36,11 +36,30 @@ int main(void)
 }
 """
 
+COMPONENT_PROGRAM = """\
+#include <cstdio>
+#include <wrapton/IFilePackage.h>
+
+using namespace Orbel::Wrapton;
+
+int main()
+{
+    initWraptonComponentLibrary();
+    auto* stream = static_cast<IWrapton*>(IComponentFactory::find(kWraptonClsid)->create("rtp"));
+    auto* file = static_cast<IFilePackage*>(IComponentFactory::find(kFilePackageClsid)->create("wav"));
+    SharedPtr<IWraptonData> block;
+    const bool given = stream->getPacket(block);
+    std::printf("%d %u %s\\n", given, getLastError(), file->getVersion().name);
+    stream->release();
+    file->release();
+}
+"""
+
 PROJECT = """\
 cmake_minimum_required(VERSION 3.25)
 project(stranger LANGUAGES {languages})
 {find}
-add_executable(stranger stranger.c)
+add_executable(stranger {source})
 target_link_libraries(stranger PRIVATE wrapton::wrapton)
 """
 
@@ -99,11 +118,12 @@ class Install:
         cls.prefix.parent.mkdir()
         staged.rename(cls.prefix)
 
-    def stranger(self, name, find, languages, *definitions):
+    def stranger(self, name, find, languages, *definitions, source="stranger.c", program=PROGRAM):
         directory = self.scratch / name
         directory.mkdir()
-        (directory / "stranger.c").write_text(PROGRAM)
-        (directory / "CMakeLists.txt").write_text(PROJECT.format(find=find, languages=languages))
+        (directory / source).write_text(program)
+        (directory / "CMakeLists.txt").write_text(
+            PROJECT.format(find=find, languages=languages, source=source))
         configure(directory, directory / "build", *definitions)
         build(directory / "build")
         return run(directory / "build" / "stranger")
@@ -114,6 +134,17 @@ class Install:
         find = "find_package(wrapton 1.0 REQUIRED CONFIG)"
         printed = self.stranger("by_package", find, languages, f"-DCMAKE_PREFIX_PATH={self.prefix}")
         self.assertEqual(printed, "1 0\n")
+
+    def test_components_by_find_package(self):
+        printed = self.stranger(
+            "components",
+            "find_package(wrapton 1.0 REQUIRED CONFIG)",
+            "CXX",
+            f"-DCMAKE_PREFIX_PATH={self.prefix}",
+            source="stranger.cpp",
+            program=COMPONENT_PROGRAM,
+        )
+        self.assertEqual(printed, "0 10 Application\n")
 
     def test_find_package_refuses_another_major_version(self):
         find = "find_package(wrapton 2.0 REQUIRED CONFIG)"
@@ -144,6 +175,8 @@ class Install:
         self.assertEqual(
             installed,
             {
+                "include/wrapton/IFilePackage.h",
+                "include/wrapton/IWrapton.h",
                 "include/wrapton/Platform.h",
                 "include/wrapton/Wrapton.h",
                 "lib/cmake/wrapton/wraptonConfig.cmake",

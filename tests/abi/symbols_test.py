@@ -48,7 +48,9 @@ class Symbols(unittest.TestCase):
                 "Orbel::Wrapton::LargeFile::seek(long, int)",
                 "Orbel::Wrapton::LargeFile::write(void const*, unsigned long)",
                 "Orbel::Wrapton::getLastError()",
+                "Orbel::Wrapton::rtpExtensionDataName()",
                 "Orbel::Wrapton::setLastError(unsigned int)",
+                "initWraptonComponentLibrary",
             ],
         )
 
