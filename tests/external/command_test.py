@@ -52,11 +52,14 @@ class Formats(MediaTest):
         "mp4noseek": (12, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
         "avi": (2, ["h264", "mpeg4", "mjpeg"], ["alaw", "ulaw", "s16le"]),
         "mkv": (13, ["h264", "mpeg4"], []),
+        "3gp": (7, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2"]),
+        "asfstream": (5, ["h264", "mpeg4", "mjpeg"], ["alaw", "ulaw", "s16le"]),
         "asf": (1, ["h264", "mpeg4", "mjpeg"], ["alaw", "ulaw", "s16le"]),
         "flv": (4, ["h264"], ["s16le"]),
         "flvstream": (8, ["h264"], ["s16le"]),
         "omf": (3, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2", "alaw", "s16le"]),
         "rtp": (9, ["h264", "mpeg4", "mjpeg"], ["aac", "mp2", "alaw", "s16le"]),
+        "ts": (10, ["h264", "mpeg4"], ["mp2"]),
         "ps": (11, ["h264", "mpeg4"], ["mp2"]),
         "qvps": (17, ["h264", "mpeg4"], ["aac", "mp2"]),
         "gaysps": (18, ["h264", "mpeg4"], ["alaw"]),
@@ -68,8 +71,8 @@ class Formats(MediaTest):
         self.assertEqual(done.returncode, 0)
         listed = {entry["name"]: (entry["type"], entry["video"], entry["audio"])
                   for entry in json.loads(done.stdout)["formats"]}
-        for name, entry in self.WANTED.items():
-            self.assertEqual(listed[name], entry)
+        self.assertEqual(listed, self.WANTED)
+        self.assertEqual(sorted(entry[0] for entry in listed.values()), list(range(19)))
 
     def test_the_table_has_a_row_for_each(self):
         rows = wrapton("formats").stdout.splitlines()[1:]
@@ -81,7 +84,7 @@ class Choosing(MediaTest):
     def test_the_extension_names_the_container(self):
         for extension, container in ((".mp4", "mp4"), (".MOV", "mov"), (".m4v", "mp4"),
                                      (".flv", "flv"), (".asf", "asf"), (".avi", "avi"),
-                                     (".mkv", "mkv")):
+                                     (".mkv", "mkv"), (".3gp", "3gp"), (".ts", "ts")):
             result = self.packed(CAMERA, self.directory / ("out" + extension))
             self.assertEqual(result["container"], container)
 

@@ -12,10 +12,12 @@ from streams import mpeg4_configuration, mpeg4_frames, mpeg4_is_intra
 LARGE_RESERVE = 65536  # the longest index here has about 10 kB
 
 # major brand of the container as ffprobe gives it, and the box with the chunk offsets
-BRAND = {"mp4": "isom", "mov": "qt  ", "mp464": "isom", "mov64": "qt  ", "mp4noseek": "isom"}
+BRAND = {"mp4": "isom", "mov": "qt  ", "mp464": "isom", "mov64": "qt  ", "mp4noseek": "isom",
+         "3gp": "isom"}
 # Object type 0x69 stands for MPEG audio of any layer; ffprobe gives all of them one name.
 PROBED_AUDIO = {"aac": "aac", "mp2": "mp3"}
-MDAT_HEADER = {"mp4": 8, "mov": 8, "mp464": 16, "mov64": 16, "mp4noseek": 8}
+MDAT_HEADER = {"mp4": 8, "mov": 8, "mp464": 16, "mov64": 16, "mp4noseek": 8,
+               "3gp": 8}
 
 
 @functools.cache
@@ -131,8 +133,9 @@ class PackagedStream(MediaTest):
 
 
 def suite(container, video):
+    reserves = (0,) if container == "3gp" else (0, LARGE_RESERVE)  # its component knows none
     return unittest.TestSuite(PackagedStream(container, video, audio, reserve)
-                              for audio in [None, *AUDIO] for reserve in (0, LARGE_RESERVE))
+                              for audio in [None, *AUDIO] for reserve in reserves)
 
 
 if __name__ == "__main__":

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <iterator>
 
+#include "Face.h"
 #include "Failure.h"
 
 namespace Orbel::Wrapton::Command
@@ -21,6 +22,8 @@ constexpr std::array<std::string_view, 1> kAviExtensions = {".avi"};
 constexpr std::array<std::string_view, 1> kMkvExtensions = {".mkv"};
 constexpr std::array<std::string_view, 1> kOmfExtensions = {".omf"};
 constexpr std::array<std::string_view, 2> kPsExtensions = {".mpg", ".mpeg"};
+constexpr std::array<std::string_view, 1> k3gpExtensions = {".3gp"};
+constexpr std::array<std::string_view, 1> kTsExtensions = {".ts"};
 constexpr std::array<std::string_view, 1> kRtpExtensions = {".rtp"};
 constexpr std::array<std::string_view, 2> kWavExtensions = {".wav", ".wave"};
 
@@ -38,6 +41,8 @@ constexpr std::array kOmfAudio = {Codec::kAac, Codec::kMp2, Codec::kAlaw, Codec:
 constexpr std::array kRtpAudio = {Codec::kAac, Codec::kMp2, Codec::kAlaw, Codec::kS16le};
 constexpr std::array kPsVideo = {Codec::kH264, Codec::kMpeg4};
 constexpr std::array kPsAudio = {Codec::kMp2};
+/// The library takes AAC, too, but the map calls every sound MPEG audio, which readers believe.
+constexpr std::array kTsAudio = {Codec::kMp2};
 constexpr std::array kQvPsAudio = {Codec::kAac, Codec::kMp2};
 /// The library takes any other sound, too, but the map has one name for all: that of G.711.
 constexpr std::array kGaysPsAudio = {Codec::kAlaw};
@@ -60,6 +65,28 @@ constexpr Container Mp4Family(std::string_view name,
             .cuts_mpeg4_pictures = true};
 }
 
+constexpr Container AsfFamily(std::string_view name,
+                              unsigned int type,
+                              std::span<const std::string_view> extensions)
+{
+    const bool is_stream = type == SG_STREAM_TYPE_STREAM_ASF;
+    return {.name = name,
+            .type = type,
+            .extensions = extensions,
+            .video = kAsfVideo,
+            .audio = kAsfAudio,
+            .audio_needs_video = true,
+            .constant_rate = true,
+            .takes_reserve = false,
+            .ignores_closing_block_at_start = false,
+            .labels_8000_mono_pcm = false,
+            .whole_milliseconds = true,
+            .doubles_g711_times = true,
+            .declares_sound = is_stream,
+            .face = is_stream ? FaceKind::kStream : FaceKind::kFlat,
+            .component = "asf"};
+}
+
 constexpr Container FlvFamily(std::string_view name,
                               unsigned int type,
                               std::span<const std::string_view> extensions)
@@ -75,6 +102,8 @@ constexpr Container FlvFamily(std::string_view name,
             .ignores_closing_block_at_start = false,
             .labels_8000_mono_pcm = false,
             .labels_round_rates = true,
+            .face = type == SG_STREAM_TYPE_STREAM_FLV ? FaceKind::kStream : FaceKind::kFlat,
+            .component = "flv",
             .repeats_header_at_end = type == SG_STREAM_TYPE_FLV};
 }
 
@@ -124,20 +153,21 @@ constexpr std::array kContainers = {
               .takes_reserve = false,
               .ignores_closing_block_at_start = false,
               .labels_8000_mono_pcm = false},
-    // The broadcast of it is left out: readers refuse the audio that it declares without knowing
-    // any.
-    Container{.name = "asf",
-              .type = SG_STREAM_TYPE_ASF,
-              .extensions = kAsfExtensions,
-              .video = kAsfVideo,
-              .audio = kAsfAudio,
+    Container{.name = "3gp",
+              .type = SG_STREAM_TYPE_3GP,
+              .extensions = k3gpExtensions,
+              .video = kMp4Video,
+              .audio = kMp4Audio,
               .audio_needs_video = true,
               .constant_rate = true,
               .takes_reserve = false,
               .ignores_closing_block_at_start = false,
               .labels_8000_mono_pcm = false,
-              .whole_milliseconds = true,
-              .doubles_g711_times = true},
+              .cuts_mpeg4_pictures = true,
+              .face = FaceKind::kFile,
+              .component = "3gp"},
+    AsfFamily("asf", SG_STREAM_TYPE_ASF, kAsfExtensions),
+    AsfFamily("asfstream", SG_STREAM_TYPE_STREAM_ASF, {}),
     FlvFamily("flv", SG_STREAM_TYPE_FLV, kFlvExtensions),
     FlvFamily("flvstream", SG_STREAM_TYPE_STREAM_FLV, {}),
     Container{.name = "omf",
@@ -163,7 +193,21 @@ constexpr std::array kContainers = {
               .takes_reserve = false,
               .ignores_closing_block_at_start = false,
               .labels_8000_mono_pcm = false,
-              .is_rtp = true},
+              .is_rtp = true,
+              .takes_b_as_p = true},
+    Container{.name = "ts",
+              .type = SG_STREAM_TYPE_TS,
+              .extensions = kTsExtensions,
+              .video = kPsVideo,
+              .audio = kTsAudio,
+              .audio_needs_video = true,
+              .constant_rate = true,
+              .takes_reserve = false,
+              .ignores_closing_block_at_start = false,
+              .labels_8000_mono_pcm = false,
+              .takes_b_as_p = true,
+              .face = FaceKind::kPacket,
+              .component = "ts"},
     Container{.name = "wav",
               .type = SG_STREAM_TYPE_WAV,
               .extensions = kWavExtensions,
@@ -224,10 +268,7 @@ std::span<const Container> AllContainers()
 
 bool IsOffered(const Container& container)
 {
-    void* handle = SG_CreateHandle(container.type, nullptr);
-    if (handle == nullptr) return false;
-    SG_DestroyHandle(handle);
-    return true;
+    return MakeFace(container, {}) != nullptr;
 }
 
 std::vector<Container> OfferedContainers()

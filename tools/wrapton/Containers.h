@@ -10,6 +10,15 @@
 namespace Orbel::Wrapton::Command
 {
 
+/// By what the library packages for a container.
+enum class FaceKind
+{
+    kFlat,    ///< the eight functions
+    kStream,  ///< the stream component, block by block
+    kPacket,  ///< the stream component, into a packet
+    kFile,    ///< the file component
+};
+
 /// What the command has to know of a container beyond its number.
 struct Container
 {
@@ -46,6 +55,13 @@ struct Container
     bool doubles_g711_times = false;
     /// Sound is labelled as 5500 Hz, but for 11000, 22000 and 44000 Hz.
     bool labels_round_rates = false;
+    /// B pictures have to be announced as P: others are not packaged, or not fragmented.
+    bool takes_b_as_p = false;
+    /// The header declares sound whether there is any or not, and knows of it only what came ahead
+    /// of the first picture.
+    bool declares_sound = false;
+    FaceKind face = FaceKind::kFlat;
+    std::string_view component = {};  ///< name of its type, where the face is a component
     /// The tailer appends the file's first header again, complete by then.
     bool repeats_header_at_end = false;
 };
@@ -53,7 +69,7 @@ struct Container
 /// Every container the command knows, whether or not the library at hand builds it.
 std::span<const Container> AllContainers();
 
-/// True when the library gives a handle for the container.
+/// True when the library packages for the container.
 bool IsOffered(const Container& container);
 
 /// The offered containers.

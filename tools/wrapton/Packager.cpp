@@ -14,61 +14,40 @@ constexpr int kOriginStart = 0;
 }  // namespace
 
 Packager::Packager(const Container& container, OutputFile& output, bool as_pcap)
-    : m_container(container), m_output(output)
+    : m_container(container),
+      m_output(output),
+      m_face(MakeFace(container, [this](SGOutputData& block) { Place(block); }))
 {
-    SGCreateParam create = {};
-    create.struct_size = sizeof create;
-    create.user = this;
-    create.sg_datacb = OnBlock;
-    m_pHandle = SG_CreateHandle(container.type, &create);
-    if (m_pHandle == nullptr)
+    if (m_face == nullptr)
         throw Failure("the library gives no packager for " + std::string(container.name));
     if (!as_pcap) return;
     m_capture.emplace(output);
     m_capture->Begin();
 }
 
-Packager::~Packager()
-{
-    SG_DestroyHandle(m_pHandle);
-}
-
 int Packager::DescribeRtp(const RtpStream& stream)
 {
-    SGRtpPackageParam param = {};
-    unsigned int length = sizeof param;
-    const int got = SG_GetParam(m_pHandle, SG_RTP_PARAM_TYPE_PACKAGE, &param, &length);
-    if (got != SG_ERR_NOERR) return got;
-
-    ++param.sequence_number;  // a get tells that of the last packet, a set takes that of the next
-    param.payload_type = stream.payload_type;
-    param.audio_sample = stream.clock;
-    return SG_SetParam(m_pHandle, SG_RTP_PARAM_TYPE_PACKAGE, &param, sizeof param);
+    return m_face->DescribeRtp(stream);
 }
 
 int Packager::CreateHeader(SGHeaderInfo& header)
 {
     m_bStored = false;
-    return SG_CreateHeader(m_pHandle, m_container.streams_from_frames ? nullptr : &header);
+    return m_face->CreateHeader(m_container.streams_from_frames ? nullptr : &header);
 }
 
 int Packager::InputFrame(SGFrameInfo& frame)
 {
     m_bStored = false;
     m_nTime = frame.frame_time;
-    return SG_InputFrame(m_pHandle, &frame);
+    return m_face->InputFrame(frame);
 }
 
 int Packager::CreateTailer()
 {
     m_bStored = false;
     m_bClosing = true;
-    return SG_CreateTailer(m_pHandle, nullptr);
-}
-
-void Packager::OnBlock(SGOutputData* block, void* self) noexcept
-{
-    static_cast<Packager*>(self)->Place(*block);
+    return m_face->CreateTailer();
 }
 
 std::size_t Packager::Write(const SGOutputData& block)

@@ -2,10 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 
 #include "Containers.h"
+#include "Face.h"
 #include "OutputFile.h"
 #include "PcapFile.h"
 #include "RtpStream.h"
@@ -13,16 +15,16 @@
 namespace Orbel::Wrapton::Command
 {
 
-/// A handle of the library whose blocks go to an output file.
+/// A packager of the library whose blocks go to an output file.
 class Packager
 {
 public:
     /// @param as_pcap writes packets of RTP into a capture file
-    /// Throws Failure when the library gives no handle.
+    /// Throws Failure when the library has none.
     Packager(const Container& container, OutputFile& output, bool as_pcap);
     Packager(const Packager&) = delete;
     Packager& operator=(const Packager&) = delete;
-    ~Packager();
+    ~Packager() = default;
 
     /// Each gives the library's own code.
     int DescribeRtp(const RtpStream& stream);
@@ -35,7 +37,6 @@ public:
     [[nodiscard]] bool LastCallStored() const { return m_bStored; }
 
 private:
-    static void OnBlock(SGOutputData* block, void* self) noexcept;
     void Place(SGOutputData& block);
     std::size_t Write(const SGOutputData& block);
     /// Whether the block is a header that belongs in the place of the first one.
@@ -45,7 +46,7 @@ private:
     OutputFile& m_output;
     std::optional<PcapFile> m_capture;
     uint32_t m_nTime = 0;  ///< of the frame at hand, in milliseconds
-    void* m_pHandle = nullptr;
+    std::unique_ptr<Face> m_face;
     bool m_bStored = false;
     bool m_bClosing = false;
     std::size_t m_nHeaderLen = 0;  ///< of the first FLV header

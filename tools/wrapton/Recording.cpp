@@ -170,9 +170,8 @@ void Recording::PackNext(Packager& packager, Track& track)
     if (m_container.needs_long_start_codes && report.info.codec == Codec::kH264)
         frame.bytes = WithLongStartCodes(frame.bytes);
     SGFrameInfo record = RecordOf(report.info, frame);
-    // The library fragments large units of I and P pictures only; the sub-type says nothing else
-    // here, and receivers need the fragments of B pictures as well.
-    if (m_container.is_rtp && record.frame_sub_type == SG_FRAME_SUB_TYPE_B)
+    // The sub-type says nothing else here, and receivers need the B pictures as well.
+    if (m_container.takes_b_as_p && record.frame_sub_type == SG_FRAME_SUB_TYPE_B)
         record.frame_sub_type = SG_FRAME_SUB_TYPE_P;
     const int code = packager.InputFrame(record);
 
@@ -189,6 +188,25 @@ void Recording::PackNext(Packager& packager, Track& track)
     m_bOpened = m_bOpened || (report.info.is_video && frame.sub_type == SG_FRAME_SUB_TYPE_I);
 }
 
+void Recording::DeclareSound(Packager& packager)
+{
+    // Readers take no sound of 0 Hz, so there is always one to tell of.
+    StreamInfo info;
+    info.codec = Codec::kS16le;
+    info.sample_rate = 8000;
+    info.channels = 1;
+    info.bits_per_sample = 16;
+    for (const Track& track : m_tracks)
+    {
+        if (!track.report->info.is_video) info = track.report->info;
+    }
+    // Too short to last, and not stored: there was no picture yet.
+    Frame opening;
+    opening.bytes.resize(1);
+    SGFrameInfo record = RecordOf(info, opening);
+    packager.InputFrame(record);
+}
+
 void Recording::PackAll(Packager& packager, OutputFile& output)
 {
     for (Track& track : m_tracks)
@@ -197,6 +215,7 @@ void Recording::PackAll(Packager& packager, OutputFile& output)
     if (m_container.is_rtp &&
         packager.DescribeRtp(RtpStreamOf(m_tracks.front().report->info)) != SG_ERR_NOERR)
         throw Failure(output.Path() + ": the library refused the parameters of the stream");
+    if (m_container.declares_sound) DeclareSound(packager);
     while (Track* track = Earliest())
     {
         PackNext(packager, *track);

@@ -44,6 +44,8 @@ private:
     void Judge(StreamReport& stream, bool has_video) const;
     [[nodiscard]] SGHeaderInfo Header() const;
     void Fetch(Track& track);
+    /// Shows the library the sound ahead of the first picture.
+    void DeclareSound(Packager& packager);
     void PackAll(Packager& packager, OutputFile& output);
     void PackNext(Packager& packager, Track& track);
     Track* Earliest();

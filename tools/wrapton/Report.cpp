@@ -1,5 +1,6 @@
 #include "Report.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 
@@ -77,6 +78,14 @@ bool HasRoundRate(const StreamInfo& info)
 {
     return info.sample_rate == 5500 || info.sample_rate == 11000 || info.sample_rate == 22000 ||
            info.sample_rate == 44000;
+}
+
+bool StoresSound(const Report& report)
+{
+    return std::any_of(report.streams.begin(),
+                       report.streams.end(),
+                       [](const StreamReport& stream)
+                       { return !stream.info.is_video && stream.frames_stored > 0; });
 }
 
 /// What a container makes of the times and rates of a stream.
@@ -162,6 +171,9 @@ std::vector<std::string> NotesOn(const Report& report, const Container& containe
             notes.push_back(std::string(container.name) +
                             " is labelled as 8000 Hz, mono, 16-bit PCM whatever it holds");
     }
+    if (container.declares_sound && !StoresSound(report))
+        notes.push_back(std::string(container.name) +
+                        " declares sound of 8000 Hz, although it holds none");
     if (report.reserve > 0 && !container.takes_reserve)
         notes.push_back(std::string(container.name) + " has no use for --reserve");
     else if (report.reserve > 0 && report.index_at_end)
