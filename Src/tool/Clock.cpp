@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <exception>
+#include <mutex>
 #include <random>
 
 namespace Orbel::Wrapton
@@ -12,6 +13,10 @@ namespace
 /// Seconds from 1904-01-01 to 1970-01-01.
 constexpr int64_t kMp4Epoch = 2082844800;
 
+/// Around calls that look at the time zone. The C library keeps them apart by a lock of its own,
+/// but one that ThreadSanitizer cannot see.
+constinit std::mutex s_zoneMutex;
+
 int64_t SystemNow() noexcept
 {
     return std::time(nullptr);
@@ -20,6 +25,7 @@ int64_t SystemNow() noexcept
 bool SystemLocalTime(int64_t time, std::tm& broken_down) noexcept
 {
     const std::time_t seconds = time;
+    const std::scoped_lock lock(s_zoneMutex);
     return localtime_r(&seconds, &broken_down) != nullptr;
 }
 
@@ -90,6 +96,7 @@ uint32_t get_current_omf_time(long t) noexcept
 int64_t get_utc_time_of(const std::tm& local) noexcept
 {
     std::tm fields = local;
+    const std::scoped_lock lock(s_zoneMutex);
     return std::mktime(&fields);
 }
 
