@@ -3,7 +3,7 @@
  * The stream component: coded frames in, with their properties by name, blocks of a stream
  * container out, one at a time.
  *
- * The header compiles alone as C++17 and later. A session:
+ * The header compiles alone as C++17 and later. A stream:
  *
  *     initWraptonComponentLibrary();
  *     IComponentFactory* factory = IComponentFactory::find(kWraptonClsid);

@@ -47,7 +47,7 @@ TEST(Threads, FindTheFactoriesWhileTheyAreRegistered)
 }
 
 /// A recording of every kind of component; what it gave, in one row.
-Bytes Session(const std::string& path)
+Bytes RecordAll(const std::string& path)
 {
     const std::vector<Bytes> units = AccessUnits(Media("slices_320x240_25fps.h264"));
     Bytes all;
@@ -85,17 +85,17 @@ Bytes Session(const std::string& path)
 TEST(Threads, RecordSideBySideWithComponentsOfTheirOwn)
 {
     const TemporaryDirectory directory;
-    const Bytes alone = Session(directory.Path("alone"));
-    std::vector<Bytes> sessions(2);
+    const Bytes alone = RecordAll(directory.Path("alone"));
+    std::vector<Bytes> rows(2);
     std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < sessions.size(); ++i)
+    for (std::size_t i = 0; i < rows.size(); ++i)
     {
-        threads.emplace_back([&, i] { sessions[i] = Session(directory.Path(std::to_string(i))); });
+        threads.emplace_back([&, i] { rows[i] = RecordAll(directory.Path(std::to_string(i))); });
     }
     for (std::thread& thread : threads)
         thread.join();
-    for (const Bytes& session : sessions)
-        EXPECT_TRUE(Same(session, alone));
+    for (const Bytes& row : rows)
+        EXPECT_TRUE(Same(row, alone));
 }
 
 }  // namespace
