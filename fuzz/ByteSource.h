@@ -2,7 +2,6 @@
 #define WRAPTON_FUZZ_BYTESOURCE_H
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -40,11 +39,7 @@ public:
     }
 
     /// One of the values, chosen by a byte.
-    template <size_t Count>
-    uint32_t Choose(const std::array<uint32_t, Count>& values)
-    {
-        return values[U8() % Count];
-    }
+    uint32_t Choose(std::span<const uint32_t> values) { return values[U8() % values.size()]; }
 
     /// The next @p count bytes, fewer at the end.
     std::span<const uint8_t> Take(size_t count)

@@ -67,9 +67,25 @@ void Spoil(SGFrameInfo& record, unsigned way)
     }
 }
 
+/// Repeats @p pattern over @p bytes.
+void Fill(std::span<unsigned char> bytes, std::span<const uint8_t> pattern)
+{
+    if (pattern.empty())
+    {
+        std::fill(bytes.begin(), bytes.end(), static_cast<unsigned char>(0x5A));
+        return;
+    }
+    while (!bytes.empty())
+    {
+        const std::size_t count = std::min(bytes.size(), pattern.size());
+        std::copy_n(pattern.begin(), count, bytes.begin());
+        bytes = bytes.subspan(count);
+    }
+}
+
 }  // namespace
 
-MadeFrame MakeFrame(ByteSource& source)
+MadeFrame MakeFrame(ByteSource& source, const Palette& palette)
 {
     const unsigned shape = source.U8();
     MadeFrame frame;
@@ -77,7 +93,7 @@ MadeFrame MakeFrame(ByteSource& source)
     record.struct_size = sizeof(record);
     record.frame_type = source.Choose(kTypes);
     record.frame_sub_type = source.Choose(kSubTypes);
-    record.frame_encode = source.Choose(kEncodings);
+    record.frame_encode = source.Choose(palette.encodings);
     record.width = 640;
     record.heigth = 360;
     record.frame_rate = 25;
@@ -99,14 +115,19 @@ MadeFrame MakeFrame(ByteSource& source)
     const uint32_t wanted = (shape & kShortOfBytes) != 0 ? source.U8() % 8u : source.U8();
     const std::span<const uint8_t> given = source.Take(wanted);
     const bool limit = (shape & kAtALimit) != 0 && shape >= 0xE0;
-    const std::size_t size = limit ? source.Choose(kLimits) : given.size();
+    const std::size_t size = limit ? source.Choose(palette.sizes) : given.size();
     frame.bytes = std::make_unique<unsigned char[]>(size);
-    std::fill_n(frame.bytes.get(), size, static_cast<unsigned char>(0x5A));
-    std::copy_n(given.begin(), std::min(size, given.size()), frame.bytes.get());
+    Fill({frame.bytes.get(), size}, given);
     record.frame_pointer = frame.bytes.get();
     record.frame_size = static_cast<uint32_t>(size);
+    frame.size = size;
     if ((shape & kSpoiled) != 0 && shape >= 0xC0) Spoil(record, source.U8());
     return frame;
+}
+
+MadeFrame MakeFrame(ByteSource& source)
+{
+    return MakeFrame(source, {.encodings = kEncodings, .sizes = kLimits});
 }
 
 }  // namespace Fuzz

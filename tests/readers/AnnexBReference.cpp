@@ -95,4 +95,24 @@ ReferenceResult ReferenceH264ToAvc(ByteSpan data, std::size_t capacity)
     return converted;
 }
 
+std::vector<ByteSpan> ReferenceUnits(ByteSpan data)
+{
+    std::vector<ByteSpan> units;
+    std::size_t at = 0;
+    while (InBound(data, at))
+    {
+        const bool three = ThreeByteCode(data, at);
+        if (!three && !FourByteCode(data, at))
+        {
+            ++at;
+            continue;
+        }
+        const std::size_t begin = at + (three ? 3 : 4);
+        at = EndOfUnit(data, at);
+        units.push_back(data.subspan(begin, at - begin));
+    }
+    if (units.empty()) units.push_back(data);
+    return units;
+}
+
 }  // namespace Readers

@@ -27,6 +27,9 @@ ReferenceResult ReferenceParameterSet(std::span<const unsigned char> data,
 /// All NAL units behind their lengths for an output of @p capacity bytes.
 ReferenceResult ReferenceH264ToAvc(std::span<const unsigned char> data, std::size_t capacity);
 
+/// The NAL units behind the start codes; the frame itself when it has none.
+std::vector<std::span<const unsigned char>> ReferenceUnits(std::span<const unsigned char> data);
+
 }  // namespace Readers
 
 #endif  // WRAPTON_TESTS_READERS_ANNEXBREFERENCE_H

@@ -90,7 +90,7 @@ RtpPacket ReadRtpPacket(const RtpBytes& bytes)
         {
             throw RtpError(Named(packet) + ": padding without a length");
         }
-        packet.payload.resize(packet.payload.size() - packet.payload.back());
+        packet.payload.erase(packet.payload.end() - packet.payload.back(), packet.payload.end());
     }
     return packet;
 }
