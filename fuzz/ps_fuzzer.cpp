@@ -83,9 +83,11 @@ public:
                     "the packet has what left through the callback, as far as it reaches");
         }
         const bool video = call.record.frame_type == SG_FRAME_TYPE_VIDEO;
+        // The encoding of an I frame counts for the pictures behind it.
+        const bool key = video && call.record.frame_sub_type == SG_FRAME_SUB_TYPE_I;
+        if (key) m_encode = static_cast<uint16_t>(call.record.frame_encode);
         std::size_t from = 0;
-        if (video && m_type != SG_STREAM_TYPE_GAYSPS &&
-            call.record.frame_encode != SG_ENCODE_VIDEO_MPEG4)
+        if (video && m_type != SG_STREAM_TYPE_GAYSPS && m_encode != SG_ENCODE_VIDEO_MPEG4)
         {
             const auto codes = StartCodes(call.before);
             if (Wraps(codes)) return;
@@ -125,6 +127,7 @@ private:
     }
 
     uint32_t m_type = 0;
+    uint16_t m_encode = 0;
 };
 
 }  // namespace

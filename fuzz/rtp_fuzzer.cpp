@@ -24,8 +24,9 @@ constexpr std::array<uint32_t, 8> kEncodings = {SG_ENCODE_VIDEO_HI_H264,
                                                 SG_ENCODE_AUDIO_AAC,
                                                 SG_ENCODE_AUDIO_G711A,
                                                 SG_ENCODE_VIDEO_STD_H264};
-/// Around full packets of the usual length, and what takes more than the first buffer.
-constexpr std::array<uint32_t, 8> kSizes = {984, 985, 986, 987, 999, 70000, 1048576, 2000000};
+/// Around full packets of the usual length, and what takes more than the first buffer in short
+/// ones.
+constexpr std::array<uint32_t, 8> kSizes = {984, 985, 986, 987, 999, 2000, 20000, 70000};
 constexpr std::array<uint32_t, 12> kPacketLengths = {
     0, 0, 1, 2, 14, 16, 17, 18, 1400, 65537, 65538, 0xFFFFFFFF};
 constexpr std::array<uint32_t, 8> kExtensions = {0, 1, 3, 4, 5, 900, 262140, 262141};
