@@ -296,15 +296,15 @@ TEST_P(Faults, SinkMayCallAnotherHandleOfTheSameContainer)
     }
     outer.Tailer();
 
+    // The other handle had its header and as many frames as blocks came.
     BlockLog expected;
-    std::size_t frames = 0;
     BlockLog expectedInner;
-    for (std::size_t at = 0; at < alone.size(); ++at)
+    std::size_t call = 0;
+    for (const Call& one : alone)
     {
-        expected.insert(expected.end(), alone[at].blocks.begin(), alone[at].blocks.end());
-        if (frames++ <= sink.next)
-            expectedInner.insert(
-                expectedInner.end(), alone[at].blocks.begin(), alone[at].blocks.end());
+        expected.insert(expected.end(), one.blocks.begin(), one.blocks.end());
+        if (call++ > sink.next) continue;
+        expectedInner.insert(expectedInner.end(), one.blocks.begin(), one.blocks.end());
     }
     EXPECT_TRUE(sink.log == expected);
     EXPECT_TRUE(innerLog == expectedInner);
