@@ -25,8 +25,8 @@ constexpr std::array<uint32_t, 5> kTypes = {SG_STREAM_TYPE_MP4,
                                             SG_STREAM_TYPE_MOV_64};
 constexpr std::array<uint32_t, 8> kReserves = {
     0, 1, 500, 2000, 2100, 65536, (64u << 20) + 1, 0xFFFFFFFF};
-constexpr int kMostCalls = 400;
-constexpr uint64_t kMostOutput = 48u << 20;
+constexpr int kMostCalls = 200;
+constexpr uint64_t kMostOutput = 12u << 20;
 
 /// Every @p s_failEvery-th allocation fails; 0: none.
 unsigned s_failEvery = 0;

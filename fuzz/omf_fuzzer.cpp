@@ -20,8 +20,8 @@ namespace
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr int kMostCalls = 400;
-constexpr size_t kMostOutput = 16u << 20;
+constexpr int kMostCalls = 200;
+constexpr size_t kMostOutput = 6u << 20;
 constexpr size_t kHeaderLen = 24;
 constexpr size_t kTailerLen = 8;
 
