@@ -37,13 +37,12 @@ void Discard(SGOutputData* block, void* /*user*/)
     benchmark::DoNotOptimize(block->data_pointer);
 }
 
-/// Ends the program: a number that was measured over failures says nothing.
+}  // namespace
+
 void Expect(bool holds)
 {
     if (!holds) std::abort();
 }
-
-}  // namespace
 
 Bytes Payload(std::size_t size, uint32_t seed)
 {
@@ -98,6 +97,13 @@ void Muxer::Tailer()
     Expect(SG_CreateTailer(m_handle, nullptr) == SG_ERR_NOERR);
 }
 
+double Median(std::vector<double> values)
+{
+    const auto middle = values.begin() + std::ssize(values) / 2;
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
 std::size_t FramesPerRecording(std::size_t size)
 {
     return std::min<std::size_t>(2000, (std::size_t{32} << 20) / size);
@@ -149,13 +155,10 @@ void MuxAgainstCopy(benchmark::State& state, uint32_t type, std::vector<SGFrameI
         ratios.push_back(seconds / copying);
         state.SetIterationTime(seconds);
     }
-    // The median: an iteration that lost the processor says nothing.
-    const auto middle = ratios.begin() + std::ssize(ratios) / 2;
-    std::nth_element(ratios.begin(), middle, ratios.end());
     const auto count = static_cast<int64_t>(frames.size());
     state.SetItemsProcessed(state.iterations() * count);
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(payload));
-    state.counters["memcpys"] = *middle;
+    state.counters["memcpys"] = Median(ratios);
     state.counters["allocs/frame"] =
         static_cast<double>(allocations) / static_cast<double>(state.iterations() * count);
 }

@@ -19,6 +19,9 @@ namespace Bench
 
 using Bytes = std::vector<unsigned char>;
 
+/// Ends the program: a number that was measured over failures says nothing.
+void Expect(bool holds);
+
 /// Random bytes without a start code.
 Bytes Payload(std::size_t size, uint32_t seed);
 
@@ -52,6 +55,9 @@ double Seconds(Work work)
     work();
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
+
+/// The middle of @p values, which must not be empty: one that lost the processor says nothing.
+double Median(std::vector<double> values);
 
 /// Frames of @p size bytes for a recording of 32 MiB, at most 2000.
 std::size_t FramesPerRecording(std::size_t size);
