@@ -16,6 +16,7 @@ using ByteSpan = std::span<const unsigned char>;
 
 constexpr unsigned kNalTypeSps = 7;
 constexpr unsigned kNalTypePps = 8;
+constexpr size_t kLengthLen = 4;
 
 /// The first NAL unit of @p type, without its start code; empty when there is none.
 ByteSpan FindUnit(ByteSpan data, unsigned type)
@@ -83,13 +84,18 @@ CAvcConvert::Conversion CAvcConvert::ConvertUnits(std::span<const unsigned char>
     StartCode code = FindStartCode(data, 0);
     while (code.begin < data.size())
     {
-        const StartCode next = FindStartCode(data, code.unit);
-        const size_t length = next.begin - code.unit;
+        // Where all that is left would fit as one unit, units are copied while they are looked for.
         const size_t room = out.size() - written;
-        if (room < 4 || length > room - 4) return {written, 4 + length};
+        const bool fits = room >= kLengthLen && data.size() - code.unit <= room - kLengthLen;
+        const StartCode next =
+            fits ? CopyToStartCode(data, code.unit, out.data() + written + kLengthLen)
+                 : FindStartCode(data, code.unit);
+        const size_t length = next.begin - code.unit;
+        if (room < kLengthLen || length > room - kLengthLen) return {written, kLengthLen + length};
 
-        written += MSB_uint32_to_memory(&out[written], static_cast<uint32_t>(length));
-        if (length != 0) std::memcpy(&out[written], &data[code.unit], length);
+        MSB_uint32_to_memory(&out[written], static_cast<uint32_t>(length));
+        written += kLengthLen;
+        if (!fits && length != 0) std::memcpy(&out[written], &data[code.unit], length);
         written += length;
         code = next;
     }

@@ -19,6 +19,12 @@ struct StartCode
 /// three-byte start code in the very last three bytes is not seen as one.
 StartCode FindStartCode(std::span<const unsigned char> data, size_t from) noexcept;
 
+/// The same, with the bytes between @p from and the start code copied to @p to on the way. Nothing
+/// behind them is written.
+StartCode CopyToStartCode(std::span<const unsigned char> data,
+                          size_t from,
+                          unsigned char* to) noexcept;
+
 }  // namespace Orbel::Wrapton
 
 #endif  // WRAPTON_TOOL_STARTCODE_H
