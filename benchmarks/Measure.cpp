@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <new>
 #include <random>
 
@@ -58,6 +59,13 @@ Bytes Payload(std::size_t size, uint32_t seed)
         if (bytes[i - 2] == 0 && bytes[i - 1] == 0 && bytes[i] <= 3) bytes[i] = 0x80;
     }
     return bytes;
+}
+
+double ProcessorTime()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
 uint64_t Allocations()
