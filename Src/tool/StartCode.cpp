@@ -26,11 +26,12 @@ size_t ScanAndCopy(const unsigned char* data, size_t size, unsigned char* to)
     return HasAvx2() ? ScanAvx2<true>(data, size, to) : ScanSse2<true>(data, size, to);
 }
 
-/// Scans a part of the first-level cache's size and copies it then: data that come from memory are
-/// copied faster by memcpy(), which knows how to fetch ahead, than by the loop that scans.
+/// Scans a part that stays in the first-level cache and copies it then: frames that come from
+/// memory are copied faster by memcpy(), which knows how to fetch ahead, than by the loop that
+/// scans.
 size_t ScanAndCopyParts(const unsigned char* data, size_t size, unsigned char* to)
 {
-    constexpr size_t kPart = 8192;
+    constexpr size_t kPart = 4096;
     constexpr size_t kOverlap = 3;  // a start code that begins in a part may end in the next
 
     for (size_t at = 0; at < size;)

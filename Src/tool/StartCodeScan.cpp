@@ -166,6 +166,8 @@ template <bool kCopies>
 {
     constexpr size_t kVector = sizeof(__m256i);
     constexpr size_t kBlock = 4 * kVector;
+    constexpr size_t kFetchAhead =
+        1024;  // the stores keep the processor from looking as far itself
 
     if (size < kVector + kAhead) return ScanSse2<kCopies>(data, size, to);
 
@@ -173,6 +175,11 @@ template <bool kCopies>
     for (; size - at >= kBlock + kAhead; at += kBlock)
     {
         const unsigned char* const from = data + at;
+        if (kCopies && size - at > kFetchAhead)
+        {
+            _mm_prefetch(reinterpret_cast<const char*>(from + kFetchAhead), _MM_HINT_T0);
+            _mm_prefetch(reinterpret_cast<const char*>(from + kFetchAhead + 64), _MM_HINT_T0);
+        }
         const __m256i first = Load256(from);
         const __m256i second = Load256(from + kVector);
         const __m256i third = Load256(from + 2 * kVector);
