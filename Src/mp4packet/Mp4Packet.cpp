@@ -6,6 +6,7 @@
 
 #include "mp4packet/Adts.h"
 #include "tool/AvcConvert.h"
+#include "tool/CacheLine.h"
 
 namespace Orbel::Wrapton
 {
@@ -168,9 +169,12 @@ int CMp4Packet::InputVideoData(const SGFrameInfo* pFrame)
     }
     if (!m_bVideo || pFrame->frame_encode != m_nVEncode) return SG_ERR_NOERR;
 
-    const auto room = PayloadRoom();
+    const bool h264 = IsH264(m_nVEncode);
+    const auto room =
+        h264 ? PayloadRoom(CAvcConvert::MostConverted(pFrame->frame_size), CAvcConvert::kLengthLen)
+             : PayloadRoom(pFrame->frame_size);
     Mp4_Sample sample = MakeSample(pFrame);
-    if (IsH264(m_nVEncode))
+    if (h264)
     {
         const auto converted =
             CAvcConvert::ConvertWhole({pFrame->frame_pointer, pFrame->frame_size}, room);
@@ -189,7 +193,7 @@ int CMp4Packet::InputVideoData(const SGFrameInfo* pFrame)
     Note(MP4_VIDEO_TRAK, sample);
     // Kept: an MPEG-4 frame whose configuration moved into the movie box is emitted from its first
     // byte all the same, and loses as many bytes at its end.
-    EmitPayload(sample.size);
+    EmitPayload(room.first(sample.size));
     return SG_ERR_NOERR;
 }
 
@@ -212,7 +216,7 @@ int CMp4Packet::InputAudioData(const SGFrameInfo* pFrame)
     const size_t stored = m_nAEncode == SG_ENCODE_AUDIO_AAC
                               ? StripAdts({sample.pointer, sample.size}).size()
                               : sample.size;
-    if (stored > PayloadRoom().size()) return SG_ERR_MEMORY_OUT;
+    if (stored > PayloadRoom(stored).size()) return SG_ERR_MEMORY_OUT;
     if (!m_pMoov->Reserve(MP4_AUDIO_TRAK)) return SG_ERR_MEMORY_OUT;
 
     Note(MP4_AUDIO_TRAK, sample);
@@ -228,7 +232,7 @@ int CMp4Packet::InputExtData(const SGFrameInfo* pFrame)
 
     // Kept: the track has no description and stays out of the movie; its frames are stored only.
     Mp4_Sample sample = MakeSample(pFrame);
-    if (sample.size > PayloadRoom().size()) return SG_ERR_MEMORY_OUT;
+    if (sample.size > PayloadRoom(sample.size).size()) return SG_ERR_MEMORY_OUT;
 
     Note(MP4_EXT_TRAK, sample);
     EmitCopy(sample);
@@ -296,9 +300,10 @@ uint32_t CMp4Packet::PayloadLead() const
     return m_nType == SG_STREAM_TYPE_MP4_NOSEEK ? Catom::kHeaderLen : 0;
 }
 
-std::span<unsigned char> CMp4Packet::PayloadRoom() const
+std::span<unsigned char> CMp4Packet::PayloadRoom(size_t most, size_t ahead) const
 {
-    return std::span(m_pOutBuffer.get(), kWorkLen).subspan(PayloadLead());
+    return AlignPayload(
+        std::span(m_pOutBuffer.get(), kWorkLen).subspan(PayloadLead()), ahead, most);
 }
 
 Mp4_Sample CMp4Packet::MakeSample(const SGFrameInfo* pFrame) const
@@ -311,26 +316,29 @@ Mp4_Sample CMp4Packet::MakeSample(const SGFrameInfo* pFrame) const
 
 void CMp4Packet::Note(eTrakType track, Mp4_Sample& sample)
 {
-    m_pMoov->InputData(track, &sample);
+    m_pMoov->Note(track, sample);
     m_pMdat->InputData(sample.size, nullptr);
 }
 
 void CMp4Packet::EmitCopy(const Mp4_Sample& sample)
 {
-    if (sample.size != 0) std::memcpy(PayloadRoom().data(), sample.pointer, sample.size);
-    EmitPayload(sample.size);
+    const auto payload = PayloadRoom(sample.size).first(sample.size);
+    if (sample.size != 0) std::memcpy(payload.data(), sample.pointer, sample.size);
+    EmitPayload(payload);
 }
 
-void CMp4Packet::EmitPayload(uint32_t size)
+void CMp4Packet::EmitPayload(std::span<unsigned char> payload)
 {
     const uint32_t lead = PayloadLead();
+    unsigned char* const block = payload.data() - lead;
     if (lead != 0)
     {
-        CMsbCursor w({m_pOutBuffer.get(), lead});
+        CMsbCursor w({block, lead});
         m_pMdat->Put(w);
     }
+    const auto size = static_cast<uint32_t>(payload.size());
     if (lead + size == 0) return;  // an ADTS frame without data
-    m_nFileOffset += OutputData(m_pOutBuffer.get(), lead + size, m_nFileOffset);
+    m_nFileOffset += OutputData(block, lead + size, m_nFileOffset);
 }
 
 uint64_t CMp4Packet::EmitFree(uint64_t position)

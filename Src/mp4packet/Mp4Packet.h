@@ -46,8 +46,10 @@ private:
     int InputAudioData(const SGFrameInfo* pFrame);
     int InputExtData(const SGFrameInfo* pFrame);
 
-    /// Where a payload is composed: the work buffer, less the header that goes ahead of it.
-    [[nodiscard]] std::span<unsigned char> PayloadRoom() const;
+    /// Where a payload of at most @p most bytes is composed: in the work buffer, behind room for
+    /// the header that goes ahead of it. Larger ones get all that there is. @p ahead bytes of it
+    /// stand ahead of what is copied.
+    [[nodiscard]] std::span<unsigned char> PayloadRoom(size_t most, size_t ahead = 0) const;
     [[nodiscard]] uint32_t PayloadLead() const;
     [[nodiscard]] Mp4_Sample MakeSample(const SGFrameInfo* pFrame) const;
 
@@ -55,8 +57,8 @@ private:
     void Note(eTrakType track, Mp4_Sample& sample);
     /// Copies a payload into the work buffer and emits it.
     void EmitCopy(const Mp4_Sample& sample);
-    /// Emits @p size payload bytes that stand in the work buffer.
-    void EmitPayload(uint32_t size);
+    /// Emits a payload that stands where PayloadRoom() said.
+    void EmitPayload(std::span<unsigned char> payload);
     /// Emits the free box at @p position, in pieces when it is larger than the work buffer.
     /// @return the bytes that were taken
     uint64_t EmitFree(uint64_t position);

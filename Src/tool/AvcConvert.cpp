@@ -16,7 +16,6 @@ using ByteSpan = std::span<const unsigned char>;
 
 constexpr unsigned kNalTypeSps = 7;
 constexpr unsigned kNalTypePps = 8;
-constexpr size_t kLengthLen = 4;
 
 /// The first NAL unit of @p type, without its start code; empty when there is none.
 ByteSpan FindUnit(ByteSpan data, unsigned type)

@@ -44,6 +44,13 @@ public:
                       unsigned char* out,
                       unsigned int outCap) const noexcept;
 
+    /// Bytes of the length that takes a start code's place.
+    static constexpr size_t kLengthLen = 4;
+
+    /// The most that a frame of @p size bytes converts to: empty units behind start codes of 3
+    /// bytes grow by a third.
+    static constexpr size_t MostConverted(size_t size) noexcept { return size + size / 3; }
+
     /// What H264ToAvc() made of a frame.
     struct Conversion
     {

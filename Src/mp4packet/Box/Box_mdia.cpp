@@ -29,8 +29,7 @@ void CBox_mdia::InputData(uint32_t nType, void* pInfo)
 void CBox_mdia::Update()
 {
     m_pMinf->Update();
-    m_nTotalDuration = m_pMinf->getTotalDuration();
-    m_pMdhd->setDuration(m_nTotalDuration);
+    m_pMdhd->setDuration(getTotalDuration());
     m_pMdhd->Update();
     m_nDataLen = m_pMdhd->Size() + m_pHdlr->Size() + m_pMinf->Size();
     CBox::Update();

@@ -22,13 +22,12 @@ public:
 
     /// @see CBox_stbl::Reserve()
     bool Reserve() { return m_pMinf->Reserve(); }
-    [[nodiscard]] uint32_t getTotalDuration() const noexcept { return m_nTotalDuration; }
+    [[nodiscard]] uint32_t getTotalDuration() const noexcept { return m_pMinf->getTotalDuration(); }
 
 protected:
     void PutData(CMsbCursor& w) const override;
 
 private:
-    uint32_t m_nTotalDuration = 0;  // media units
     std::unique_ptr<CBox_mdhd> m_pMdhd;
     std::unique_ptr<CBox_hdlr> m_pHdlr;
     std::unique_ptr<CBox_minf> m_pMinf;

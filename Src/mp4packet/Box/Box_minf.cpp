@@ -39,7 +39,6 @@ void CBox_minf::InputData(uint32_t nType, void* pInfo)
 void CBox_minf::Update()
 {
     m_pStbl->Update();
-    m_nTotalDuration = m_pStbl->getTotalDuration();
     m_nDataLen = (m_pMediaHeader != nullptr ? m_pMediaHeader->Size() : 0) +  //
                  m_pDinf->Size() +                                           //
                  m_pStbl->Size();

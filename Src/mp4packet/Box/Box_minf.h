@@ -21,13 +21,12 @@ public:
 
     /// @see CBox_stbl::Reserve()
     bool Reserve() { return m_pStbl->Reserve(); }
-    [[nodiscard]] uint32_t getTotalDuration() const noexcept { return m_nTotalDuration; }
+    [[nodiscard]] uint32_t getTotalDuration() const noexcept { return m_pStbl->getTotalDuration(); }
 
 protected:
     void PutData(CMsbCursor& w) const override;
 
 private:
-    uint32_t m_nTotalDuration = 0;         // media units
     std::unique_ptr<CBox> m_pMediaHeader;  // vmhd or smhd; null on the ext track
     std::unique_ptr<CBox_dinf> m_pDinf;
     std::unique_ptr<CBox_stbl> m_pStbl;

@@ -44,16 +44,29 @@ void CBox_moov::Init(uint32_t nType, void* pInfo)
 
 void CBox_moov::InputData(uint32_t nType, void* pInfo)
 {
+    if (Find(nType) == nullptr || pInfo == nullptr) return;
+
+    Note(nType, *static_cast<Mp4_Sample*>(pInfo));
+    Update();
+}
+
+void CBox_moov::Note(uint32_t nType, Mp4_Sample& sample)
+{
     Track* const track = Find(nType);
     if (track == nullptr) return;
 
-    track->box->InputData(nType, pInfo);
-    Update();
+    track->box->InputData(nType, &sample);
+    m_nUnsettled += kMaxGrowth;
+    // A track's duration wraps and the movie's does not: it is taken at every sample.
+    if (track->open) NoteDuration(*track->box);
 }
 
 bool CBox_moov::Reserve(uint32_t nType)
 {
-    if (Size() > INT32_MAX - kMaxGrowth) return false;
+    // Settling walks over all boxes: only when the limit could be near.
+    constexpr uint32_t kMost = INT32_MAX - kMaxGrowth;
+    if (Size() + m_nUnsettled > kMost) Update();
+    if (Size() > kMost) return false;
     Track* const track = Find(nType);
     return track != nullptr && track->box->Reserve();
 }
@@ -68,16 +81,20 @@ void CBox_moov::Update()
         CBox_trak& trak = *track.box;
         trak.Update();
         tracks_len += trak.Size();
-        if (trak.getTimeScale() != 0)
-        {
-            m_nTotalDuration = std::max(m_nTotalDuration,
-                                        ToMovieUnits(trak.getTotalDuration(), trak.getTimeScale()));
-        }
+        NoteDuration(trak);
     }
     m_pMvhd->setDuration(m_nTotalDuration);
     m_pMvhd->Update();
     m_nDataLen = m_pMvhd->Size() + tracks_len;
+    m_nUnsettled = 0;
     CBox::Update();
+}
+
+void CBox_moov::NoteDuration(const CBox_trak& trak)
+{
+    if (trak.getTimeScale() == 0) return;
+    m_nTotalDuration =
+        std::max(m_nTotalDuration, ToMovieUnits(trak.getTotalDuration(), trak.getTimeScale()));
 }
 
 void CBox_moov::PutData(CMsbCursor& w) const

@@ -23,6 +23,9 @@ public:
 
     /// Passes an Mp4_Sample to the track of type @p nType.
     void InputData(uint32_t nType, void* pInfo) override;
+    /// InputData() that leaves settling the sizes to the next Update(): for every frame, walking
+    /// over all boxes costs more than the tables do.
+    void Note(uint32_t nType, Mp4_Sample& sample);
     void Update() override;
 
     /// Makes room for one more sample of the track in every table that will note it.
@@ -42,11 +45,13 @@ private:
     };
 
     [[nodiscard]] Track* Find(uint32_t nType);
+    void NoteDuration(const CBox_trak& trak);
 
     std::unique_ptr<CBox_mvhd> m_pMvhd;
     std::array<Track, 3> m_tracks;  // in the order of eTrakType
     uint32_t m_nTrackCnt = 0;
     uint32_t m_nTotalDuration = 0;  // movie units; never becomes smaller
+    uint64_t m_nUnsettled = 0;      // the most that Size() is behind by
 };
 
 }  // namespace Orbel::Wrapton

@@ -73,7 +73,6 @@ void CBox_stbl::Update()
             child.Update();
             m_nDataLen += child.Size();
         });
-    m_nTotalDuration = m_pStts->getTotalDuration();
     CBox::Update();
 }
 

@@ -31,7 +31,7 @@ public:
     bool Reserve();
 
     /// In media units.
-    [[nodiscard]] uint32_t getTotalDuration() const noexcept { return m_nTotalDuration; }
+    [[nodiscard]] uint32_t getTotalDuration() const noexcept { return m_pStts->getTotalDuration(); }
 
 protected:
     void PutData(CMsbCursor& w) const override;
@@ -43,7 +43,6 @@ private:
 
     uint32_t m_nType = 0;        // eTrakType
     uint32_t m_nEntryCount = 1;  // number of the next sample
-    uint32_t m_nTotalDuration = 0;
     std::unique_ptr<CBox_stsd> m_pStsd;
     std::unique_ptr<CBox_stts> m_pStts;
     std::unique_ptr<CBox_stss> m_pStss;

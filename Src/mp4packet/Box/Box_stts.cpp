@@ -35,18 +35,11 @@ void CBox_stts::Init(uint32_t nType, void* pInfo)
         if (encode == SG_ENCODE_AUDIO_AAC) m_nSampleDelta = kAacSamplesPerFrame;
         if (encode == SG_ENCODE_AUDIO_MP2) m_nSampleDelta = kMp2SamplesPerFrame;
     }
-    Update();
 }
 
 void CBox_stts::InputData(uint32_t /*nType*/, void* /*pInfo*/)
 {
     ++m_nSampleCount;
-}
-
-void CBox_stts::Update()
-{
-    m_nTotalDuration = m_nSampleDelta * m_nSampleCount;
-    CBox::Update();
 }
 
 void CBox_stts::PutData(CMsbCursor& w) const

@@ -16,16 +16,17 @@ public:
 
     /// Counts one more sample.
     void InputData(uint32_t nType, void* pInfo) override;
-    void Update() override;
 
     /// In media units.
-    [[nodiscard]] uint32_t getTotalDuration() const noexcept { return m_nTotalDuration; }
+    [[nodiscard]] uint32_t getTotalDuration() const noexcept
+    {
+        return m_nSampleDelta * m_nSampleCount;
+    }
 
 protected:
     void PutData(CMsbCursor& w) const override;
 
 private:
-    uint32_t m_nTotalDuration = 0;
     uint32_t m_nEntryCount = 1;
     uint32_t m_nSampleCount = 0;
     uint32_t m_nSampleDelta = 0;

@@ -53,10 +53,9 @@ void CBox_trak::InputData(uint32_t nType, void* pInfo)
 void CBox_trak::Update()
 {
     m_pMdia->Update();
-    m_nTotalDuration = m_pMdia->getTotalDuration();
     if (m_nTimeScale != 0)
     {
-        m_pTkhd->setDuration(ToMovieUnits(m_nTotalDuration, m_nTimeScale));
+        m_pTkhd->setDuration(ToMovieUnits(getTotalDuration(), m_nTimeScale));
         m_pTkhd->Update();
     }
     m_nDataLen = m_pTkhd->Size() + m_pMdia->Size();

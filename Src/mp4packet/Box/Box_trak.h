@@ -29,7 +29,7 @@ public:
     /// Media units per second.
     [[nodiscard]] uint32_t getTimeScale() const noexcept { return m_nTimeScale; }
     /// In media units.
-    [[nodiscard]] uint32_t getTotalDuration() const noexcept { return m_nTotalDuration; }
+    [[nodiscard]] uint32_t getTotalDuration() const noexcept { return m_pMdia->getTotalDuration(); }
 
 protected:
     void PutData(CMsbCursor& w) const override;
@@ -38,7 +38,6 @@ private:
     uint32_t m_nType = 0;        // eTrakType
     uint32_t m_nEncodeType = 0;  // SG_ENCODE_VIDEO_TYPE or SG_ENCODE_AUDIO_TYPE
     uint32_t m_nTimeScale = 0;
-    uint32_t m_nTotalDuration = 0;
     std::unique_ptr<CBox_tkhd> m_pTkhd;
     std::unique_ptr<CBox_mdia> m_pMdia;
 };
