@@ -94,12 +94,14 @@ void AddExHeaderAudioFormat(CLsbCursor& w, const Omf_AudioFormat& audio)
     w.Fill(2, 0);
 }
 
-void AddExHeaderDataCheck(CLsbCursor& w, uint8_t check_type, std::span<const unsigned char> payload)
+size_t AddExHeaderDataCheck(CLsbCursor& w, uint8_t check_type)
 {
     w.U8(kOmfExDataCheck);
-    w.U32(OmfCheckValue(check_type, payload));
+    const size_t value_at = w.Produced();
+    w.U32(0);
     w.Fill(2, 0);
     w.U8(check_type);
+    return value_at;
 }
 
 void AddExHeaderSplit(CLsbCursor& w, const SGSplitInfo& split, const Omf_VideoFormat& video)

@@ -2,8 +2,8 @@
 #define WRAPTON_OMFPACKET_OMFEXHEADER_H
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
-#include <span>
 
 #include "Wrapton.h"
 #include "tool/ByteCursor.h"
@@ -36,9 +36,8 @@ struct Omf_AudioFormat
 void AddExHeaderImageSize(CLsbCursor& w, const Omf_VideoFormat& video);
 void AddExHeaderPlayBack(CLsbCursor& w, const Omf_VideoFormat& video);
 void AddExHeaderAudioFormat(CLsbCursor& w, const Omf_AudioFormat& audio);
-void AddExHeaderDataCheck(CLsbCursor& w,
-                          uint8_t check_type,
-                          std::span<const unsigned char> payload);
+/// @return the place of the check value: it is 0 until it is patched
+size_t AddExHeaderDataCheck(CLsbCursor& w, uint8_t check_type);
 /// Kept: the header's length is an 8-bit number, 16 blocks make it start over. As many bytes are
 /// written as it says. There are no block records when the caller gave none or a negative count.
 void AddExHeaderSplit(CLsbCursor& w, const SGSplitInfo& split, const Omf_VideoFormat& video);

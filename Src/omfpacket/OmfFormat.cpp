@@ -8,6 +8,7 @@
 
 #include "Wrapton.h"
 #include "tool/StreamTool.h"
+#include "tool/Sum32.h"
 
 namespace Orbel::Wrapton
 {
@@ -88,6 +89,16 @@ uint32_t OmfCheckValue(uint8_t check_type, std::span<const unsigned char> payloa
         default:
             return 0;
     }
+}
+
+uint32_t OmfCopyAndCheck(uint8_t check_type,
+                         std::span<const unsigned char> payload,
+                         unsigned char* to) noexcept
+{
+    if (check_type == kOmfCheckSum) return CopyAndSum32(payload, to);
+
+    std::copy(payload.begin(), payload.end(), to);
+    return OmfCheckValue(check_type, payload);
 }
 
 }  // namespace Orbel::Wrapton

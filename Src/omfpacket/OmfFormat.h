@@ -94,6 +94,11 @@ uint32_t OmfSampleRate(uint8_t index) noexcept;
 /// The check value over a payload of at most INT_MAX bytes; 0 for a type that is not known.
 uint32_t OmfCheckValue(uint8_t check_type, std::span<const unsigned char> payload) noexcept;
 
+/// The same, with the payload copied to @p to on the way.
+uint32_t OmfCopyAndCheck(uint8_t check_type,
+                         std::span<const unsigned char> payload,
+                         unsigned char* to) noexcept;
+
 }  // namespace Orbel::Wrapton
 
 #endif  // WRAPTON_OMFPACKET_OMFFORMAT_H

@@ -4,6 +4,7 @@
 #include <cassert>
 #include <climits>
 
+#include "tool/CacheLine.h"
 #include "tool/Clock.h"
 #include "tool/StreamTool.h"
 
@@ -185,7 +186,7 @@ void COmfPacket::SetFollowingTime(Draft& draft)
         static_cast<uint16_t>(time != 0 ? time : draft.next.m_nTimeOffset);
 }
 
-void COmfPacket::AddExHeader(CLsbCursor& w, const Draft& draft) const
+size_t COmfPacket::AddExHeader(CLsbCursor& w, const Draft& draft) const
 {
     const SGFrameInfo& frame = draft.frame;
     const Omf_VideoFormat& video = draft.next.m_video;
@@ -196,7 +197,7 @@ void COmfPacket::AddExHeader(CLsbCursor& w, const Draft& draft) const
         AddExHeaderPlayBack(w, video);
     }
     if (frame.frame_type == SG_FRAME_TYPE_AUDIO) AddExHeaderAudioFormat(w, DescribeAudio(frame));
-    AddExHeaderDataCheck(w, m_nCheckType, draft.Payload());
+    const size_t check_at = AddExHeaderDataCheck(w, m_nCheckType);
     if (frame.split_info.flag != 0) AddExHeaderSplit(w, frame.split_info, video);
     if (frame.rotation_angle != 0 && frame.frame_sub_type == SG_FRAME_SUB_TYPE_I)
     {
@@ -206,6 +207,18 @@ void COmfPacket::AddExHeader(CLsbCursor& w, const Draft& draft) const
     {
         AddExHeaderCompanyType(w, frame.company_type, frame._3rdstream_header_length);
     }
+    return check_at;
+}
+
+void COmfPacket::ExHeaders::SetCheck(uint32_t value)
+{
+    CLsbCursor w{std::span(room).subspan(check_at)};
+    w.U32(value);
+}
+
+std::span<const unsigned char> COmfPacket::ExHeaders::Bytes() const
+{
+    return std::span(room).first(length);
 }
 
 int COmfPacket::OutputFrame(Draft& draft)
@@ -214,9 +227,10 @@ int COmfPacket::OutputFrame(Draft& draft)
     const uint32_t payload_len = draft.frame.frame_size;
     if (payload_len > kPayloadMax) return SG_ERR_PARAM_ERR;
 
-    Omf_ExHeaderRoom room;
-    CLsbCursor w(room);
-    AddExHeader(w, draft);
+    ExHeaders ex_headers;
+    CLsbCursor w(ex_headers.room);
+    ex_headers.check_at = AddExHeader(w, draft);
+    ex_headers.length = w.Produced();
     assert(!w.Overrun());
     const auto ex_len = static_cast<uint32_t>(w.Produced());
     if (ex_len > kPayloadMax - payload_len) return SG_ERR_PARAM_ERR;
@@ -224,41 +238,47 @@ int COmfPacket::OutputFrame(Draft& draft)
     // The longest run of extension headers passes 8 bits; the frame's length counts all of it.
     draft.header.frame_length_ex = static_cast<uint8_t>(ex_len);
     draft.header.frame_length = kFixedLen + ex_len + payload_len;
-    draft.header.frame_date = get_current_omf_time(
-        draft.frame.frame_data != 0 ? long{draft.frame.frame_data} : draft.next.m_nCurTime);
-    const auto ex_headers = std::span<const unsigned char>(room).first(ex_len);
+    draft.header.frame_date = m_date.At(draft.frame.frame_data != 0 ? long{draft.frame.frame_data}
+                                                                    : draft.next.m_nCurTime);
     return draft.packet != nullptr ? OutputPacket(draft, ex_headers)
                                    : OutputWhole(draft, ex_headers);
 }
 
-int COmfPacket::OutputWhole(const Draft& draft, std::span<const unsigned char> ex_headers)
+int COmfPacket::OutputWhole(const Draft& draft, ExHeaders& ex_headers)
 {
     const uint32_t length = draft.header.frame_length;
     m_pDynamicBuffer.Clear();
     if (m_pDynamicBuffer.Reserve(length) != SG_ERR_NOERR) return SG_ERR_MEMORY_OUT;
 
-    const HeaderBytes header = MakeHeader(draft.header);
-    CLsbCursor w({m_pDynamicBuffer.GetPointer(), length});
-    w.Bytes(header);
-    w.Bytes(ex_headers);
-    w.Bytes(draft.Payload());
-    PutTailer(w, draft.header);
-    assert(w.Produced() == length);
+    const size_t ahead = kOmfHeaderLen + ex_headers.length;
+    const auto block = AlignPayload(
+        {m_pDynamicBuffer.GetPointer(), static_cast<size_t>(m_pDynamicBuffer.MaxSize())},
+        ahead,
+        length);
+    ex_headers.SetCheck(
+        OmfCopyAndCheck(m_nCheckType, draft.Payload(), block.subspan(ahead).data()));
+    CLsbCursor front(block.first(ahead));
+    front.Bytes(MakeHeader(draft.header));
+    front.Bytes(ex_headers.Bytes());
+    CLsbCursor back(block.subspan(ahead + draft.frame.frame_size));
+    PutTailer(back, draft.header);
+    assert(ahead + draft.frame.frame_size + back.Produced() == length);
 
     Settle(draft);
-    Emit(m_pDynamicBuffer.GetPointer(), length, Origin::kCurrent, 0);
+    Emit(block.data(), length, Origin::kCurrent, 0);
     return SG_ERR_NOERR;
 }
 
-int COmfPacket::OutputPacket(const Draft& draft, std::span<const unsigned char> ex_headers)
+int COmfPacket::OutputPacket(const Draft& draft, ExHeaders& ex_headers)
 {
     const uint32_t length = draft.header.frame_length;
     PacketBuffer& packet = *draft.packet;
     if (!packet.Resize(length)) return SG_ERR_MEMORY_OUT;
 
     const std::span<unsigned char> room(packet.Data(), length);
+    ex_headers.SetCheck(OmfCheckValue(m_nCheckType, draft.Payload()));
     CLsbCursor front(room);
-    front.Bytes(ex_headers);
+    front.Bytes(ex_headers.Bytes());
     CLsbCursor w(room.subspan(kOmfHeaderLen));
     w.Bytes(draft.Payload());
     PutTailer(w, draft.header);

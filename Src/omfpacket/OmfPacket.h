@@ -1,12 +1,14 @@
 #ifndef WRAPTON_OMFPACKET_OMFPACKET_H
 #define WRAPTON_OMFPACKET_OMFPACKET_H
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
 #include "Package.h"
 #include "omfpacket/OmfExHeader.h"
 #include "omfpacket/OmfFormat.h"
+#include "tool/Clock.h"
 #include "tool/DynamicBuffer.h"
 
 namespace Orbel::Wrapton
@@ -41,6 +43,16 @@ public:
     int CreateTailer(SGTailerInfo* pTailer, unsigned int nReserved) override;
 
 private:
+    /// The extension headers of a frame, composed ahead of its payload's check value.
+    struct ExHeaders
+    {
+        Omf_ExHeaderRoom room;
+        size_t length = 0;
+        size_t check_at = 0;
+
+        void SetCheck(uint32_t value);
+        [[nodiscard]] std::span<const unsigned char> Bytes() const;
+    };
     /// What one frame leaves behind for the next.
     struct State
     {
@@ -72,14 +84,16 @@ private:
 
     void SetVideoTime(Draft& draft) const;
     static void SetFollowingTime(Draft& draft);
-    /// Extension headers of the frame in their order.
-    void AddExHeader(CLsbCursor& w, const Draft& draft) const;
+    /// Extension headers of the frame in their order. @return the place of the payload's check
+    /// value
+    size_t AddExHeader(CLsbCursor& w, const Draft& draft) const;
     int OutputFrame(Draft& draft);
-    int OutputWhole(const Draft& draft, std::span<const unsigned char> ex_headers);
-    int OutputPacket(const Draft& draft, std::span<const unsigned char> ex_headers);
+    int OutputWhole(const Draft& draft, ExHeaders& ex_headers);
+    int OutputPacket(const Draft& draft, ExHeaders& ex_headers);
     void Settle(const Draft& draft);
 
     CDynamicBuffer m_pDynamicBuffer;
+    COmfDate m_date;
     uint8_t m_nCheckType = kOmfCheckSum;
     int64_t m_nBaseTime = 0;  // seconds since 1970 of the header call; 0: there was none
     State m_state;

@@ -100,6 +100,25 @@ int64_t get_utc_time_of(const std::tm& local) noexcept
     return std::mktime(&fields);
 }
 
+COmfDate::Zone COmfDate::CurrentZone() noexcept
+{
+    const std::scoped_lock lock(s_zoneMutex);
+    return {::timezone, ::daylight, ::tzname[0], ::tzname[1]};
+}
+
+uint32_t COmfDate::At(long t) noexcept
+{
+    // Other sources than the system's may tell the same time differently whenever they like.
+    if (t == 0 || &Installed() != &kSystemSources) return get_current_omf_time(t);
+    if (m_bKnown && t == m_nTime && m_zone == CurrentZone()) return m_nDate;
+
+    m_nDate = get_current_omf_time(t);
+    m_zone = CurrentZone();
+    m_nTime = t;
+    m_bKnown = true;
+    return m_nDate;
+}
+
 uint32_t get_random() noexcept
 {
     return Installed().random();

@@ -45,6 +45,35 @@ uint32_t get_current_omf_time(long t) noexcept;
 /// these clocks are on daylight saving.
 int64_t get_utc_time_of(const std::tm& local) noexcept;
 
+/**
+ * get_current_omf_time() for frames one after another: those of the same second are told their date
+ * without breaking it down again. A zone that tzset() has changed is noticed; zones that share
+ * their offset and both their names are taken for one.
+ */
+class COmfDate
+{
+public:
+    uint32_t At(long t) noexcept;
+
+private:
+    /// What a date depends on beside the time. tzset() is what changes it.
+    struct Zone
+    {
+        long offset = 0;
+        int daylight = 0;
+        const char* standard_name = nullptr;
+        const char* daylight_name = nullptr;
+
+        bool operator==(const Zone&) const noexcept = default;
+    };
+    static Zone CurrentZone() noexcept;
+
+    bool m_bKnown = false;
+    long m_nTime = 0;
+    Zone m_zone;
+    uint32_t m_nDate = 0;
+};
+
 /// 32 random bits.
 uint32_t get_random() noexcept;
 

@@ -60,7 +60,7 @@ Bytes DataCheck(uint8_t type)
     Bytes bytes(8);
     CLsbCursor w(bytes);
     const Bytes digits = Text("123456789");
-    AddExHeaderDataCheck(w, type, digits);
+    w.PatchU32(AddExHeaderDataCheck(w, type), OmfCheckValue(type, digits));
     EXPECT_EQ(w.Produced(), bytes.size());
     return bytes;
 }

@@ -206,6 +206,46 @@ TEST(SystemClock, RunsOnTheSystemTime)
     EXPECT_LE(mp4, static_cast<uint32_t>(after + 2082844800));
 }
 
+TEST(COmfDate, AgreesWithTheFunctionForTimesThatStayAndMove)
+{
+    const ZoneScope zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    COmfDate date;
+    for (const long time : {1700000000L, 1700000000L, 1700000001L, 1690000000L, 1700000000L, -5L})
+    {
+        EXPECT_EQ(date.At(time), get_current_omf_time(time)) << time;
+    }
+}
+
+TEST(COmfDate, NoticesAChangeOfTheZoneWithinASecond)
+{
+    constexpr long kTime = 1700000000;
+    COmfDate date;
+    uint32_t in_utc = 0;
+    {
+        const ZoneScope zone("UTC0");
+        in_utc = date.At(kTime);
+        EXPECT_EQ(in_utc, get_current_omf_time(kTime));
+    }
+    const ZoneScope zone("JST-9");
+    EXPECT_EQ(date.At(kTime), get_current_omf_time(kTime));
+    EXPECT_NE(date.At(kTime), in_utc);
+}
+
+TEST(COmfDate, TakesZeroForNow)
+{
+    COmfDate date;
+    EXPECT_NE(date.At(0), 0u);
+}
+
+TEST_F(Clock, OmfDateAsksOtherSourcesEveryTime)
+{
+    COmfDate date;
+    EXPECT_NE(date.At(1700000000), 0u);
+    s_brokenDown = 0;
+    date.At(1700000000);
+    EXPECT_EQ(s_brokenDown, 1700000000);
+}
+
 TEST(SystemClock, GivesRandomNumbers)
 {
     bool differ = false;
