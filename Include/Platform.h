@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <new>
@@ -166,6 +167,19 @@ public:
      */
     bool Resize(std::size_t size) noexcept
     {
+        const std::size_t before = m_bytes.size();
+        if (!ResizeUnset(size)) return false;
+        if (size > before) std::memset(m_bytes.data() + before, 0, size - before);
+        return true;
+    }
+
+    /**
+     * Resize() for an owner that writes all new bytes next: they have no particular value.
+     *
+     * @return false, with the packet unchanged, when there is no memory for @p size bytes
+     */
+    bool ResizeUnset(std::size_t size) noexcept
+    {
         try
         {
             m_bytes.resize(size);
@@ -185,7 +199,20 @@ public:
     [[nodiscard]] std::size_t Size() const noexcept { return m_bytes.size(); }
 
 private:
-    std::vector<unsigned char> m_bytes;
+    /// Leaves new bytes as they are where a vector would set them.
+    struct Unset : std::allocator<unsigned char>
+    {
+        template <class Other>
+        struct rebind
+        {
+            using other = Unset;
+        };
+        void construct(unsigned char* place) noexcept
+        {
+            ::new (static_cast<void*>(place)) unsigned char;
+        }
+    };
+    std::vector<unsigned char, Unset> m_bytes;
 };
 
 /**

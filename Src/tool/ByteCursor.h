@@ -44,6 +44,14 @@ public:
         if (place != nullptr && count != 0) std::memset(place, value, count);
     }
 
+    /// The next @p count bytes, for a loop of its own to fill: it has to write all of them. Empty
+    /// when they do not fit.
+    [[nodiscard]] std::span<unsigned char> Claimed(size_t count) noexcept
+    {
+        unsigned char* const place = Claim(count);
+        return place != nullptr ? std::span(place, count) : std::span<unsigned char>();
+    }
+
 protected:
     /// The place of the next @p count bytes; null when they do not fit, which makes every byte
     /// writer write nothing.

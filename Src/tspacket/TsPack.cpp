@@ -4,13 +4,14 @@
 #include <cassert>
 
 #include "tool/PesTime.h"
+#include "tspacket/TsCut.h"
 
 namespace Orbel::Wrapton
 {
 namespace
 {
 
-constexpr size_t kPacketLen = 188;
+constexpr size_t kPacketLen = kTsPacketLen;
 constexpr size_t kHeaderLen = 4;
 constexpr size_t kPcrLen = 6;
 /// Adaptation field length and payload together.
@@ -18,6 +19,7 @@ constexpr size_t kBodyLen = kPacketLen - kHeaderLen - 1;
 constexpr size_t kFirstPayloadLen = kBodyLen - 1 - kPcrLen;
 constexpr size_t kPayloadLen = kBodyLen - 1;
 static_assert(kFirstPayloadLen == 176 && kPayloadLen == 182);
+static_assert(kPayloadLen == kTsFullPayloadLen);
 
 constexpr uint32_t kPmtPid = 0x0010;
 constexpr uint32_t kVideoPid = 0x0012;  // also of the PCR
@@ -36,6 +38,26 @@ constexpr size_t kPtsHeaderLen = 14;
 constexpr size_t kPtsDtsHeaderLen = 19;
 constexpr size_t kDelimiterLen = 6;
 static_assert(TsPes::kMostLead == kPtsDtsHeaderLen + kDelimiterLen);
+
+/// What each value of the highest byte does to a CRC when it is shifted out.
+constexpr std::array<uint32_t, 256> kCrcTable = []
+{
+    constexpr uint32_t kPolynomial = 0x04C11DB7;
+    constexpr uint32_t kHighBit = 0x80000000;
+
+    std::array<uint32_t, 256> table{};
+    for (uint32_t i = 0; i < table.size(); ++i)
+    {
+        uint32_t crc = i << 24;
+        for (int bit = 0; bit < 8; ++bit)
+        {
+            crc = (crc & kHighBit) != 0 ? crc << 1 ^ kPolynomial : crc << 1;
+        }
+        table[i] = crc;
+    }
+    return table;
+}();
+static_assert(kCrcTable[1] == 0x04C11DB7);
 
 size_t LeadLen(TS_TYPE type)
 {
@@ -146,6 +168,23 @@ void PutPesBytes(CMsbCursor& w, const TsPes& pes, size_t at, size_t length)
     w.Bytes(pes.frame.subspan(at - pes.lead_len, length));
 }
 
+/// The header of the packets behind the first one, with the counter 0.
+uint32_t FollowingHeader(uint32_t pid)
+{
+    TS_pack pack;
+    TsPaskInit(pack);
+    pack.PID = pid;
+    pack.payload_unit_start_indicator = 0;
+    pack.adaptation_field_control = kAdaptationAndPayload;
+    std::array<unsigned char, kHeaderLen> bytes{};
+    CMsbCursor w(bytes);
+    PutTsHeader(w, pack);
+    uint32_t header = 0;
+    for (const unsigned char byte : bytes)
+        header = header << 8 | byte;
+    return header;
+}
+
 /// The clock's step at a frame rate. Kept: whole milliseconds, so 0 above 1000.
 uint32_t Step(uint32_t frame_rate)
 {
@@ -192,17 +231,10 @@ void TsPaskInit(TS_pack& pack)
 
 uint32_t CRC_encode(std::span<const unsigned char> section)
 {
-    constexpr uint32_t kPolynomial = 0x04C11DB7;
-    constexpr uint32_t kHighBit = 0x80000000;
-
     uint32_t crc = 0xFFFFFFFF;
     for (const unsigned char byte : section)
     {
-        crc ^= static_cast<uint32_t>(byte) << 24;
-        for (int bit = 0; bit < 8; ++bit)
-        {
-            crc = (crc & kHighBit) != 0 ? crc << 1 ^ kPolynomial : crc << 1;
-        }
+        crc = crc << 8 ^ kCrcTable[crc >> 24 ^ byte];
     }
     return crc;
 }
@@ -295,6 +327,19 @@ void Pes2Ts(CMsbCursor& w,
     for (size_t at = 0; at < pes.Size();)
     {
         const bool first = at == 0;
+        const size_t full = first ? 0 : (pes.Size() - at) / kPayloadLen;
+        if (full != 0)
+        {
+            const size_t bytes = full * kPayloadLen;
+            CutFullPackets(w.Claimed(full * kPacketLen),
+                           pes.frame.subspan(at - pes.lead_len, bytes),
+                           FollowingHeader(pack.PID),
+                           static_cast<uint32_t>(continuity_counter));
+            continuity_counter = static_cast<int32_t>(
+                (static_cast<size_t>(continuity_counter) + full) % kContinuityCycle);
+            at += bytes;
+            continue;
+        }
         const size_t length = std::min(pes.Size() - at, first ? kFirstPayloadLen : kPayloadLen);
         pack.payload_unit_start_indicator = first ? 1 : 0;
         pack.PCR_flag = first ? 1 : 0;

@@ -75,7 +75,7 @@ int CTsPacket::InputData(SGFrameInfo* pFrame, PacketBuffer& packet)
 
     const size_t needed = Needed(decision, *pFrame);
     // Where there is no memory the packet stays too small, which drops the frame.
-    if (needed > packet.Size() && needed <= INT_MAX) packet.Resize(needed);
+    if (needed > packet.Size() && needed <= INT_MAX) packet.ResizeUnset(needed);
     packet.Resize(Convert(decision, *pFrame, packet.Data(), packet.Size()));
     return SG_ERR_NOERR;
 }
