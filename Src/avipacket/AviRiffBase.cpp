@@ -1,7 +1,9 @@
 #include "avipacket/AviRiffBase.h"
 
-#include <array>
+#include <cassert>
 #include <climits>
+
+#include "tool/CacheLine.h"
 
 namespace Orbel::Wrapton
 {
@@ -52,19 +54,16 @@ int CAviRiffBase::Reserve(eAviStream stream, uint32_t size) noexcept
 void CAviRiffBase::EmitChunk(eAviStream stream, const SGFrameInfo& frame) noexcept
 {
     const bool video = stream == AVI_VIDEO_STREAM;
-    std::array<unsigned char, kChunkHeaderLen> header{};
-    CLsbCursor w(header);
+    const auto room = static_cast<size_t>(m_outputBuffer.MaxSize());
+    const auto chunk = AlignPayload(
+        {m_outputBuffer.GetPointer(), room}, kChunkHeaderLen, PaddedLen(frame.frame_size));
+    CLsbCursor w(chunk);
     PutFourCC(w, video ? kVideoChunk : kAudioChunk);
     w.U32(frame.frame_size);
-
-    m_outputBuffer.Clear();
-    m_outputBuffer.AppendBuffer(header.data(), kChunkHeaderLen);
-    m_outputBuffer.AppendBuffer(frame.frame_pointer, frame.frame_size);
-    const unsigned char padding = 0;
-    m_outputBuffer.AppendBuffer(&padding, frame.frame_size % 2);
-    Output(m_outputBuffer.GetPointer(),
-           static_cast<uint32_t>(m_outputBuffer.GetDataLen()),
-           m_nBaseOffset + m_nCurOffset);
+    w.Bytes({frame.frame_pointer, frame.frame_size});
+    w.Fill(frame.frame_size % 2, 0);
+    assert(!w.Overrun());
+    Output(chunk.data(), static_cast<uint32_t>(w.Produced()), m_nBaseOffset + m_nCurOffset);
 
     // Kept: a B frame counts as a key frame here.
     const bool delta = video && frame.frame_sub_type == SG_FRAME_SUB_TYPE_P;

@@ -44,7 +44,8 @@ protected:
     /// no trace.
     int Reserve(eAviStream stream, uint32_t size) noexcept;
 
-    /// Emits @p frame as a data chunk and enters it into the standard index.
+    /// Emits @p frame, for which room was reserved, as a data chunk and enters it into the standard
+    /// index.
     void EmitChunk(eAviStream stream, const SGFrameInfo& frame) noexcept;
     /// Moves on behind the chunk of @p frame.
     void PassChunk(const SGFrameInfo& frame) noexcept;

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "tool/AvcConvert.h"
+#include "tool/CacheLine.h"
 
 namespace Orbel::Wrapton
 {
@@ -104,6 +105,13 @@ uint32_t SoundFlags(const SGFrameInfo& frame)
            (frame.channels == 2 ? kFlvSoundStereo : 0u);
 }
 
+/// Where a tag without anything ahead of it is composed: its first unit begins a cache line.
+std::span<unsigned char> TagRoom(std::span<unsigned char> work, const SGFrameInfo& frame)
+{
+    const size_t most = kFlvVideoLead + frame.frame_size + kConvertedGrowth + kFlvTagTrail;
+    return AlignPayload(work, kFlvVideoLead + CAvcConvert::kLengthLen, most);
+}
+
 /// Composes a video tag at the start of @p room. @return its length; 0 when it does not fit
 size_t PackageVideoFrame(std::span<unsigned char> room,
                          const SGFrameInfo& frame,
@@ -172,7 +180,8 @@ void CFlvPacket::InputVideoData(const SGFrameInfo* pFrame)
 
     // Members move only once the tag is known to fit.
     const FlvMetaData meta = m_bVideoFlag ? m_MetaData : WithVideo(m_MetaData, *pFrame);
-    CMsbCursor start(WorkRoom());
+    const auto room = m_bVideoFlag ? TagRoom(WorkRoom(), *pFrame) : WorkRoom();
+    CMsbCursor start(room);
     if (!m_bVideoFlag)
     {
         WriteFileHeader(start, InitFileHeader(true));
@@ -180,7 +189,7 @@ void CFlvPacket::InputVideoData(const SGFrameInfo* pFrame)
         WriteAvcStart(start, getSPS_PSS(BytesOf(*pFrame)));
     }
     const uint32_t timestamp = PictureTime(m_nVFrameNum, meta.m_dFrameRate);
-    const size_t tag = PackageVideoFrame(WorkRoom().subspan(start.Produced()), *pFrame, timestamp);
+    const size_t tag = PackageVideoFrame(room.subspan(start.Produced()), *pFrame, timestamp);
     if (tag == 0) return;
 
     m_MetaData = meta;
@@ -191,7 +200,7 @@ void CFlvPacket::InputVideoData(const SGFrameInfo* pFrame)
     const double rate = m_MetaData.m_dFrameRate;
     m_MetaData.m_dDuration = rate != 0 ? m_nVFrameNum / rate : 0;
     m_MetaData.m_dFileSize += static_cast<double>(start.Produced() + tag);
-    OutputData(start.Produced() + tag);
+    OutputData(room.first(start.Produced() + tag));
 }
 
 void CFlvPacket::InputAudioData(const SGFrameInfo* pFrame)
@@ -210,7 +219,7 @@ void CFlvPacket::InputAudioData(const SGFrameInfo* pFrame)
     m_bAudioFlag = true;
     m_nAFrameLen += pFrame->frame_size;
     m_MetaData.m_dFileSize += static_cast<double>(w.Produced());
-    OutputData(w.Produced());
+    OutputData(WorkRoom().first(w.Produced()));
 }
 
 int CFlvPacket::CreateTailer(SGTailerInfo* /*pTailer*/, unsigned int /*nReserved*/)
@@ -220,7 +229,7 @@ int CFlvPacket::CreateTailer(SGTailerInfo* /*pTailer*/, unsigned int /*nReserved
 
     CMsbCursor end(WorkRoom());
     WriteAvcEnd(end, PictureTime(m_nVFrameNum, m_MetaData.m_dFrameRate));
-    OutputData(end.Produced());
+    OutputData(WorkRoom().first(end.Produced()));
     m_MetaData.m_dFileSize += static_cast<double>(end.Produced());
 
     // Kept: the closing header is appended like everything else, its place is the consumer's
@@ -228,14 +237,14 @@ int CFlvPacket::CreateTailer(SGTailerInfo* /*pTailer*/, unsigned int /*nReserved
     CMsbCursor closing(WorkRoom());
     WriteFileHeader(closing, InitFileHeader(m_bVideoFlag));
     WriteDataPacket(closing, m_MetaData);
-    OutputData(closing.Produced());
+    OutputData(WorkRoom().first(closing.Produced()));
     return SG_ERR_NOERR;
 }
 
-/// Emits the first @p length bytes of the work buffer; positions are not told.
-void CFlvPacket::OutputData(size_t length)
+/// Emits a block; positions are not told.
+void CFlvPacket::OutputData(std::span<const unsigned char> block)
 {
-    Emit(m_pOutBuffer.get(), static_cast<uint32_t>(length), Origin::kCurrent, 0);
+    Emit(block.data(), static_cast<uint32_t>(block.size()), Origin::kCurrent, 0);
 }
 
 _FLV_HEADER CFlvPacket::InitFileHeader(bool has_video) const

@@ -36,7 +36,7 @@ public:
     int CreateTailer(SGTailerInfo* pTailer, unsigned int nReserved) override;
 
 private:
-    void OutputData(size_t length);
+    void OutputData(std::span<const unsigned char> block);
     void InputVideoData(const SGFrameInfo* pFrame);
     void InputAudioData(const SGFrameInfo* pFrame);
     [[nodiscard]] _FLV_HEADER InitFileHeader(bool has_video) const;

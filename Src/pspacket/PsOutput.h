@@ -3,9 +3,11 @@
 
 #include <climits>
 #include <cstddef>
+#include <optional>
 #include <span>
 
 #include "Platform.h"
+#include "tool/CacheLine.h"
 
 namespace Orbel::Wrapton
 {
@@ -18,6 +20,12 @@ class CPsOutput
 {
 public:
     explicit CPsOutput(std::span<unsigned char> buffer) noexcept : m_buffer(buffer) {}
+    /// @param ahead bytes ahead of the payload of most frames: it decides where in the buffer they
+    ///        are written
+    CPsOutput(std::span<unsigned char> buffer, size_t ahead) noexcept
+        : m_buffer(buffer), m_ahead(ahead)
+    {
+    }
     explicit CPsOutput(PacketBuffer& packet) noexcept
         : m_buffer(packet.Data(), packet.Size()), m_pPacket(&packet), m_nPacketSize(packet.Size())
     {
@@ -44,6 +52,7 @@ public:
         {
             m_buffer = {m_pPacket->Data(), m_pPacket->Size()};
         }
+        if (m_ahead.has_value()) m_buffer = AlignPayload(m_buffer, *m_ahead, length);
         return length <= m_buffer.size() ? m_buffer.first(length) : std::span<unsigned char>();
     }
 
@@ -52,6 +61,7 @@ public:
 
 private:
     std::span<unsigned char> m_buffer;
+    std::optional<size_t> m_ahead;
     PacketBuffer* m_pPacket = nullptr;
     size_t m_nPacketSize = 0;
 };

@@ -1,5 +1,6 @@
 #include "pspacket/PsPacket.h"
 
+#include "pspacket/PsHeaders.h"
 #include "pspacket/gays/GaysPsPacket.h"
 #include "pspacket/ps/StdsPsPacket.h"
 #include "pspacket/qvps/QvPsPacket.h"
@@ -62,7 +63,8 @@ int CPsPacket::GetFileHeader(SGOutputData* /*pOutput*/)
 
 int CPsPacket::InputData(SGFrameInfo* pFrame, unsigned int /*nReserved*/)
 {
-    CPsOutput output({m_pOutBuffer.get(), m_pOutBuffer != nullptr ? size_t{kWorkLen} : 0});
+    CPsOutput output({m_pOutBuffer.get(), m_pOutBuffer != nullptr ? size_t{kWorkLen} : 0},
+                     kPackHeaderLen + kPtsHeaderLen);
     return InputFrame(pFrame, output);
 }
 
