@@ -28,6 +28,18 @@ size_t FindLongStartCode(std::span<const unsigned char> data, size_t from)
     return code.begin;
 }
 
+/// The same, with the bytes ahead of the start code copied to their places in @p to.
+size_t CopyToLongStartCode(std::span<const unsigned char> data, size_t from, unsigned char* to)
+{
+    StartCode code = CopyToStartCode(data, from, to + from);
+    while (code.unit - code.begin == kPrefixLen)
+    {
+        std::copy(&data[code.begin], &data[code.begin] + kPrefixLen, to + code.begin);
+        code = CopyToStartCode(data, code.unit, to + code.unit);
+    }
+    return code.begin;
+}
+
 void Keep(std::span<const unsigned char> unit, std::span<unsigned char> set, int16_t& length)
 {
     if (length != 0 || unit.size() > kMaxSetLen) return;
@@ -76,21 +88,41 @@ size_t FindCode(std::span<const unsigned char> frame, size_t from, Wanted wanted
     return code.unit < frame.size() ? code.unit - kPrefixLen : frame.size();
 }
 
+/// Puts lengths in the place of the start codes that @p find_next finds, in @p to as well unless
+/// that is null.
+template <class FindNext>
+void Convert(std::span<unsigned char> frame,
+             MKV_AVCC& config,
+             FindNext find_next,
+             unsigned char* to)
+{
+    size_t at = find_next(0);
+    while (at < frame.size())
+    {
+        const size_t begin = at + kStartCodeLen;
+        const size_t end = find_next(begin);
+        KeepParameterSet(frame.subspan(begin, end - begin), config);
+        const std::span<unsigned char> place = frame.subspan(at, kStartCodeLen);
+        CMsbCursor w(place);
+        w.U32(static_cast<uint32_t>(end - begin));
+        if (to != nullptr) std::copy(place.begin(), place.end(), to + at);
+        at = end;
+    }
+    Complete(config);
+}
+
 }  // namespace
 
 void ConvertStartCodes(std::span<unsigned char> frame, MKV_AVCC& config) noexcept
 {
-    size_t at = FindLongStartCode(frame, 0);
-    while (at < frame.size())
-    {
-        const size_t begin = at + kStartCodeLen;
-        const size_t end = FindLongStartCode(frame, begin);
-        KeepParameterSet(frame.subspan(begin, end - begin), config);
-        CMsbCursor w(frame.subspan(at, kStartCodeLen));
-        w.U32(static_cast<uint32_t>(end - begin));
-        at = end;
-    }
-    Complete(config);
+    Convert(
+        frame, config, [&](size_t from) { return FindLongStartCode(frame, from); }, nullptr);
+}
+
+void ConvertStartCodes(std::span<unsigned char> frame, MKV_AVCC& config, unsigned char* to) noexcept
+{
+    Convert(
+        frame, config, [&](size_t from) { return CopyToLongStartCode(frame, from, to); }, to);
 }
 
 void PutAvcConfig(CMsbCursor& w, const MKV_AVCC& config) noexcept

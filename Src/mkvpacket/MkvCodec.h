@@ -34,6 +34,11 @@ struct MKV_AVCC
  */
 void ConvertStartCodes(std::span<unsigned char> frame, MKV_AVCC& config) noexcept;
 
+/// The same, with the converted frame copied to @p to on the way.
+void ConvertStartCodes(std::span<unsigned char> frame,
+                       MKV_AVCC& config,
+                       unsigned char* to) noexcept;
+
 void PutAvcConfig(CMsbCursor& w, const MKV_AVCC& config) noexcept;
 
 /// The headers ahead of an MPEG-4 picture, ISO/IEC 14496-2 6.2.1: from the first visual object

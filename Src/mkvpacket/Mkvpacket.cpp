@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "mkvpacket/Objects/ElementIds.h"
+#include "tool/CacheLine.h"
 
 namespace Orbel::Wrapton
 {
@@ -137,11 +138,22 @@ int CMkvPacket::InputVideoData(SGFrameInfo* pFrame)
 {
     // A frame that the work buffer does not hold is dropped ahead of all else: its bytes stay.
     const uint32_t size = pFrame->frame_size;
-    if (size > kWorkLen || CClusters::BlockOverhead(size) > kWorkLen - size) return SG_ERR_NOERR;
+    const uint32_t overhead = CClusters::BlockOverhead(size);
+    if (size > kWorkLen || overhead > kWorkLen - size) return SG_ERR_NOERR;
 
+    std::span<unsigned char> block;
     if (IsH264(pFrame->frame_encode))
     {
-        ConvertStartCodes({pFrame->frame_pointer, size}, m_rec.m_AvcDecoderCfg);
+        const std::span<unsigned char> frame(pFrame->frame_pointer, size);
+        block = BlockRoom(overhead, size_t{overhead} + size);
+        if (block.empty())
+        {
+            ConvertStartCodes(frame, m_rec.m_AvcDecoderCfg);
+        }
+        else
+        {
+            ConvertStartCodes(frame, m_rec.m_AvcDecoderCfg, block.subspan(overhead).data());
+        }
     }
     if (!m_rec.m_bVideo && pFrame->frame_sub_type == SG_FRAME_SUB_TYPE_I) OpenTrack(*pFrame);
     if (!m_rec.m_bVideo || pFrame->frame_encode != m_rec.m_nVEncode) return SG_ERR_NOERR;
@@ -153,7 +165,7 @@ int CMkvPacket::InputVideoData(SGFrameInfo* pFrame)
     // Frames without a rate open no cluster, not even the first.
     if (!opens && m_rec.m_nVideoNum == 0) return SG_ERR_PARAM_ERR;
 
-    WriteBlock(*pFrame);
+    WriteBlock(*pFrame, block);
     return SG_ERR_NOERR;
 }
 
@@ -210,7 +222,15 @@ bool CMkvPacket::OpenCluster()
     return true;
 }
 
-void CMkvPacket::WriteBlock(const SGFrameInfo& frame)
+std::span<unsigned char> CMkvPacket::BlockRoom(size_t overhead, size_t length) const
+{
+    // The beginning of a cluster may go out between the conversion and the block.
+    const std::span room = std::span(m_pOutBuffer.get(), kWorkLen).subspan(kClusterHeaderLen);
+    const auto place = AlignPayload(room, overhead, length);
+    return length <= place.size() ? place.first(length) : std::span<unsigned char>();
+}
+
+void CMkvPacket::WriteBlock(const SGFrameInfo& frame, std::span<unsigned char> room)
 {
     const MKV_FrameData block{
         .pointer = frame.frame_pointer,
@@ -228,13 +248,23 @@ void CMkvPacket::WriteBlock(const SGFrameInfo& frame)
              .relativePosition = static_cast<uint16_t>(m_rec.m_nClusterSize + kTimecodeLen)});
     }
     m_Clusters->InputData(kVideoTrack, &block);
-    const uint64_t length =
-        OutputLayout(m_rec.m_nFileOffset, [this](CMsbCursor& w) { m_Clusters->WriteData(w); });
+    const uint64_t length = OutputBlock(frame, room);
     ++m_rec.m_nVideoNum;
     m_rec.m_nFileOffset += length;
     m_rec.m_nClusterDatSize += length;
     OutputSize(m_rec.m_nClusterDatSize + kTimecodeLen, m_rec.m_nClusterSizePos);
     m_rec.m_nClusterSize = m_rec.m_nClusterDatSize + kClusterHeaderLen;
+}
+
+uint64_t CMkvPacket::OutputBlock(const SGFrameInfo& frame, std::span<unsigned char> block)
+{
+    if (block.empty())
+    {
+        return OutputLayout(m_rec.m_nFileOffset,
+                            [this](CMsbCursor& w) { m_Clusters->WriteData(w); });
+    }
+    m_Clusters->WriteAhead(block.first(block.size() - frame.frame_size));
+    return OutputData(block.data(), block.size(), m_rec.m_nFileOffset);
 }
 
 int CMkvPacket::CreateTailer(SGTailerInfo* /*pTailer*/, unsigned int /*nReserved*/)

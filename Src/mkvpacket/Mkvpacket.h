@@ -83,7 +83,14 @@ private:
     void WritePrivatedata(const SGFrameInfo& frame, VIDEOINFO& info) const;
     /// Opens the next cluster; false when there are as many as there can be.
     bool OpenCluster();
-    void WriteBlock(const SGFrameInfo& frame);
+    /// @param room where the frame's bytes stand already, behind room for what is ahead of them;
+    ///        empty: nowhere
+    void WriteBlock(const SGFrameInfo& frame, std::span<unsigned char> room);
+    /// @return the bytes of the block
+    uint64_t OutputBlock(const SGFrameInfo& frame, std::span<unsigned char> block);
+    /// Where a block of @p length bytes is composed while the frame is converted; empty when it
+    /// does not fit behind the elements that may have to go out first.
+    [[nodiscard]] std::span<unsigned char> BlockRoom(size_t overhead, size_t length) const;
     uint64_t OutputCues(uint64_t position);
 
     CSGMutex m_lockData;

@@ -1,5 +1,7 @@
 #include "mkvpacket/Objects/Clusters.h"
 
+#include <cassert>
+
 #include "Wrapton.h"
 #include "mkvpacket/Objects/ElementIds.h"
 
@@ -51,14 +53,28 @@ uint32_t CClusters::WriteID(CMsbCursor& w)
 }
 
 /// SimpleBlock, RFC 9559 10.2, without lacing.
-uint32_t CClusters::WriteData(CMsbCursor& w)
+void CClusters::PutHead(CMsbCursor& w) const
 {
-    const size_t begin = w.Produced();
     PutId(w, kSimpleBlock);
     PutSize(w, uint64_t{m_frame.size} + kBlockHeaderLen);
     w.U8(mTrackNum);
     w.U16(static_cast<uint16_t>(m_frame.timescode));
     w.U8(m_Flag);
+}
+
+void CClusters::WriteAhead(std::span<unsigned char> head)
+{
+    CMsbCursor w(head);
+    PutHead(w);
+    assert(w.Produced() == head.size());
+    m_nClustedatlen = static_cast<uint32_t>(w.Produced() + m_frame.size);
+    Update();
+}
+
+uint32_t CClusters::WriteData(CMsbCursor& w)
+{
+    const size_t begin = w.Produced();
+    PutHead(w);
     w.Bytes({m_frame.pointer, m_frame.size});
     m_nClustedatlen = static_cast<uint32_t>(w.Produced() - begin);
     Update();

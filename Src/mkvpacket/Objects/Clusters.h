@@ -2,6 +2,7 @@
 #define WRAPTON_MKVPACKET_OBJECTS_CLUSTERS_H
 
 #include <cstdint>
+#include <span>
 
 #include "mkvpacket/Objects/Basicatom.h"
 
@@ -35,10 +36,16 @@ public:
     void Update() override;
     uint32_t WriteID(CMsbCursor& w) override;
     uint32_t WriteData(CMsbCursor& w) override;
+    /// WriteData() where the frame's bytes stand in their place already: @p head is what is ahead
+    /// of them, BlockOverhead() bytes.
+    void WriteAhead(std::span<unsigned char> head);
     /// ID and blocks written so far.
     uint32_t Size() override;
 
 private:
+    /// SimpleBlock up to the frame's bytes.
+    void PutHead(CMsbCursor& w) const;
+
     MKV_FrameData m_frame;
     uint8_t mTrackNum = 0;  // as a number of one byte
     uint8_t m_Flag = 0;
