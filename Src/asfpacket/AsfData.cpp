@@ -45,7 +45,9 @@ void PutPackets(CLsbCursor& w, const AsfMediaObject& frame)
     for (size_t offset = 0; offset < frame.bytes.size(); offset += kAsfPayloadRoom)
     {
         const size_t size = std::min<size_t>(frame.bytes.size() - offset, kAsfPayloadRoom);
-        PutPacket(w, frame, static_cast<uint32_t>(offset), frame.bytes.subspan(offset, size));
+        // A cursor of its own: what it counts stays in registers, and its room is known to suffice.
+        CLsbCursor packet(w.Claimed(kAsfPacketLen));
+        PutPacket(packet, frame, static_cast<uint32_t>(offset), frame.bytes.subspan(offset, size));
     }
 }
 

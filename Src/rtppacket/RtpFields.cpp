@@ -11,7 +11,6 @@ namespace
 {
 
 constexpr size_t kWordLen = 4;
-constexpr uint32_t kFuaType = 28;
 
 }  // namespace
 
@@ -219,12 +218,7 @@ void CRtpFields::SetFUAHeader(uint8_t nal_header, bool start, bool end) noexcept
     if (place == nullptr) return;
 
     CMsbCursor w({place, kFuaLen});
-    w.Bits<8>(Field<3>(nal_header >> 5u),  // forbidden_zero_bit, nal_ref_idc
-              Field<5>(kFuaType));
-    w.Bits<8>(Field<1>(start ? 1 : 0),
-              Field<1>(end ? 1 : 0),
-              Field<1>(0),  // reserved
-              Field<5>(nal_header));
+    PutFuaHeader(w, nal_header, start, end);
 }
 
 }  // namespace Orbel::Wrapton

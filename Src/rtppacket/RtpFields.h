@@ -5,8 +5,23 @@
 #include <cstdint>
 #include <span>
 
+#include "tool/ByteCursor.h"
+
 namespace Orbel::Wrapton
 {
+
+/// FU indicator and FU header of a fragment of the NAL unit with this header, RFC 6184 5.8.
+inline void PutFuaHeader(CMsbCursor& w, uint8_t nal_header, bool start, bool end) noexcept
+{
+    constexpr uint32_t kFuaType = 28;
+
+    w.Bits<8>(Field<3>(nal_header >> 5u),  // forbidden_zero_bit, nal_ref_idc
+              Field<5>(kFuaType));
+    w.Bits<8>(Field<1>(start ? 1 : 0),
+              Field<1>(end ? 1 : 0),
+              Field<1>(0),  // reserved
+              Field<5>(nal_header));
+}
 
 /**
  * The fields of one RTP packet in its place in memory, RFC 3550 5.1 and 5.3.1:

@@ -1,10 +1,7 @@
 #include "rtppacket/RtpLayout.h"
 
 #include <algorithm>
-#include <array>
 #include <cassert>
-
-#include "tool/ByteCursor.h"
 
 namespace Orbel::Wrapton
 {
@@ -100,24 +97,27 @@ uint64_t CRtpLayout::Size(const Rtp_Cut& cut) const noexcept
     return (cut.full_packets + 1) * around + cut.PayloadLen();
 }
 
-void CRtpLayout::PutHeader(CRtpFields& packet, uint16_t sequence_number, bool last) const noexcept
+/// RFC 3550 5.1 and, with an extension, 5.3.1.
+void CRtpLayout::PutHeader(CMsbCursor& w, uint16_t sequence_number, bool last) const noexcept
 {
-    packet.Clear();
-    packet.SetVersion(kRtpVersion);
-    packet.SetExtension(!m_info.extension.empty());
-    packet.SetMarker(last);
-    packet.SetPayloadType(m_info.payload_type);
-    packet.SetSequenceNumber(sequence_number);
-    packet.SetTimestamp(m_info.timestamp);
-    packet.SetSyncSource(m_info.ssrc);
-    if (m_info.extension.empty()) return;
+    const bool extended = !m_info.extension.empty();
 
-    packet.SetExtensionType(0);  // no profile is agreed upon
-    packet.SetExtensionSize(static_cast<uint16_t>(Words(m_info.extension.size())));
-    const auto words = packet.GetExtensionHead();
-    CMsbCursor w(words);
+    w.Bits<16>(Field<2>(kRtpVersion),
+               Field<1>(0),  // padding
+               Field<1>(extended ? 1 : 0),
+               Field<4>(0),  // contributing sources
+               Field<1>(last ? 1 : 0),
+               Field<7>(m_info.payload_type));
+    w.U16(sequence_number);
+    w.U32(m_info.timestamp);
+    w.U32(m_info.ssrc);
+    if (!extended) return;
+
+    const size_t words = Words(m_info.extension.size());
+    w.U16(0);  // no profile is agreed upon
+    w.U16(static_cast<uint32_t>(words));
     w.Bytes(m_info.extension);
-    w.Fill(words.size() - m_info.extension.size(), 0);
+    w.Fill(kWordLen * words - m_info.extension.size(), 0);
 }
 
 void CRtpLayout::Put(std::span<unsigned char> room,
@@ -125,30 +125,27 @@ void CRtpLayout::Put(std::span<unsigned char> room,
                      uint16_t& sequence_number) const noexcept
 {
     assert(room.size() == Size(cut));
-    constexpr std::array<unsigned char, 1> kByteBehindUnit = {0};
     const size_t fua_len = cut.fragmented ? CRtpFields::kFuaLen : 0;
     const size_t chunk_len = ChunkLen(cut);
+    const size_t around = AheadLen() + m_nHeaderLen + fua_len;
     auto data = cut.data;
     size_t left = cut.PayloadLen();
     for (uint64_t number = 0; number <= cut.full_packets; ++number)
     {
         const bool last = number == cut.full_packets;
         const size_t payload_len = last ? left : chunk_len;
-        const size_t packet_len = m_nHeaderLen + fua_len + payload_len;
         const auto bytes = data.first(std::min(payload_len, data.size()));
 
-        CMsbCursor w(room);
+        CMsbCursor w(room.first(around + payload_len));
         w.Bytes(m_info.custom);
-        w.U16(static_cast<uint32_t>(packet_len));  // at most the limit
-        CRtpFields packet(room.subspan(w.Produced(), packet_len));
-        PutHeader(packet, ++sequence_number, last);
+        w.U16(static_cast<uint32_t>(m_nHeaderLen + fua_len + payload_len));  // at most the limit
+        PutHeader(w, ++sequence_number, last);
         // Kept: a unit whose only fragment is the last one has no start bit.
-        if (cut.fragmented) packet.SetFUAHeader(cut.nal_header, number == 0 && !last, last);
-        packet.SetPayloadData(bytes, fua_len);
-        if (bytes.size() < payload_len)
-            packet.SetPayloadData(kByteBehindUnit, fua_len + bytes.size());
+        if (cut.fragmented) PutFuaHeader(w, cut.nal_header, number == 0 && !last, last);
+        w.Bytes(bytes);
+        w.Fill(payload_len - bytes.size(), 0);  // the byte behind the unit
 
-        room = room.subspan(AheadLen() + packet_len);
+        room = room.subspan(around + payload_len);
         data = data.subspan(bytes.size());
         left -= payload_len;
     }

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "rtppacket/RtpFields.h"
+#include "tool/ByteCursor.h"
 
 namespace Orbel::Wrapton
 {
@@ -80,7 +81,7 @@ private:
     [[nodiscard]] size_t ChunkLen(const Rtp_Cut& cut) const noexcept;
     [[nodiscard]] bool NeedsFragments(size_t unit_len, bool first) const noexcept;
 
-    void PutHeader(CRtpFields& packet, uint16_t sequence_number, bool last) const noexcept;
+    void PutHeader(CMsbCursor& w, uint16_t sequence_number, bool last) const noexcept;
 
     Rtp_FrameInfo m_info;
     size_t m_nHeaderLen;
