@@ -16,4 +16,5 @@ report=$(mktemp)
 trap 'rm -f "$report"' EXIT
 cat benchmarks/performance-head.md >"$report"
 "$compare" | tee -a "$report"
+cat benchmarks/performance-tail.md >>"$report"
 cp "$report" docs/performance.md
