@@ -204,7 +204,7 @@ void CAviHdrlList::Write() noexcept
 
     CLsbCursor w(m_OutputBuffer);
     {
-        const CSizeCheck check(
+        const CRecordCheck check(
             w, kLength, "WriteHeaderList Error! HeaderList Size = %d, Actual Size = %d \n");
         w.FourCC("LIST");
         w.U32(kListSize);

@@ -1,7 +1,5 @@
 #include "avipacket/AviRecords.h"
 
-#include <cstdio>
-
 namespace Orbel::Wrapton
 {
 namespace
@@ -26,7 +24,7 @@ constexpr uint32_t kBitsPerPixel = 24;
 
 void PutMainHeader(CLsbCursor& w, const Avi_MainHeader& header)
 {
-    const CSizeCheck check(
+    const CRecordCheck check(
         w, header.total_size, "WriteMainHeader Error! MainHeader Size = %d, Actual Size = %d \n");
 
     w.FourCC("avih");
@@ -46,9 +44,10 @@ void PutMainHeader(CLsbCursor& w, const Avi_MainHeader& header)
 
 void PutStreamHeader(CLsbCursor& w, const Avi_StreamHeader& header)
 {
-    const CSizeCheck check(w,
-                           header.total_size,
-                           "WriteStreamHeader Error! StreamHeader Size = %d, Actual Size = %d \n");
+    const CRecordCheck check(
+        w,
+        header.total_size,
+        "WriteStreamHeader Error! StreamHeader Size = %d, Actual Size = %d \n");
 
     w.FourCC("strh");
     w.U32(kStreamHeaderSize);
@@ -73,7 +72,7 @@ void PutStreamHeader(CLsbCursor& w, const Avi_StreamHeader& header)
 
 void PutBitmapInfo(CLsbCursor& w, const Avi_BitmapInfo& info)
 {
-    const CSizeCheck check(
+    const CRecordCheck check(
         w, info.total_size, "WriteBitmapInfo Error! Bitmap Size = %d, Actual Size = %d \n");
 
     w.FourCC("strf");
@@ -93,7 +92,7 @@ void PutBitmapInfo(CLsbCursor& w, const Avi_BitmapInfo& info)
 
 void PutWaveformat(CLsbCursor& w, const Avi_WaveFormat& format)
 {
-    const CSizeCheck check(
+    const CRecordCheck check(
         w, format.total_size, "WriteWaveformat Error! WaveFormat Size = %d, Actual Size = %d \n");
 
     w.FourCC("strf");
@@ -109,7 +108,7 @@ void PutWaveformat(CLsbCursor& w, const Avi_WaveFormat& format)
 
 void PutVideoStreamList(CLsbCursor& w, const Avi_VideoStreamHeader& stream, IndxBytes index)
 {
-    const CSizeCheck check(
+    const CRecordCheck check(
         w,
         stream.total_size,
         "WriteVideoStreamList Error! VideoStream Size = %d, Actual Size = %d \n");
@@ -124,7 +123,7 @@ void PutVideoStreamList(CLsbCursor& w, const Avi_VideoStreamHeader& stream, Indx
 
 void PutAudioStreamList(CLsbCursor& w, const Avi_AudioStreamHeader& stream, IndxBytes index)
 {
-    const CSizeCheck check(
+    const CRecordCheck check(
         w,
         stream.total_size,
         "WriteAudioStreamList Error! AudioStream Size = %d, Actual Size = %d \n");
@@ -150,7 +149,7 @@ void PutOdmlList(CLsbCursor& w, const Avi_OdmlList& list)
 
 void PutJunk(CLsbCursor& w, const Avi_Junk& junk)
 {
-    const CSizeCheck check(
+    const CRecordCheck check(
         w, junk.total_size, "WriteJunk Error! Junk Size = %d, Actual Size = %d \n");
 
     w.FourCC("JUNK");
@@ -170,20 +169,6 @@ void PutMovieList(CLsbCursor& w, const Avi_MovieList& list)
     w.FourCC("LIST");
     w.U32(list.size);
     w.FourCC("movi");
-}
-
-CSizeCheck::CSizeCheck(const CByteCursor& w, uint32_t declared, const char* line) noexcept
-    : m_cursor(w), m_begin(w.Produced()), m_declared(declared), m_line(line)
-{
-}
-
-CSizeCheck::~CSizeCheck()
-{
-    const size_t produced = m_cursor.Produced() - m_begin;
-    if (produced != m_declared)
-    {
-        std::printf(m_line, static_cast<int>(m_declared), static_cast<int>(produced));
-    }
 }
 
 }  // namespace Orbel::Wrapton

@@ -6,6 +6,7 @@
 
 #include "avipacket/AviDefs.h"
 #include "avipacket/AviIndxObject.h"
+#include "tool/SizeCheck.h"
 
 namespace Orbel::Wrapton
 {
@@ -113,22 +114,15 @@ void PutRiffHeader(CLsbCursor& w, const Avi_FileHeader& header, fourcc_t type);
 /// "LIST", size and "movi", 12 bytes.
 void PutMovieList(CLsbCursor& w, const Avi_MovieList& list);
 
-/// Compares what a writer produced with what its record declares, at the end of its scope, and
-/// prints the writer's line when they differ.
-class CSizeCheck
+/// Compares what a record's writer produced with what the record declares.
+class CRecordCheck : public CSizeCheck
 {
 public:
     /// @param line a printf format; takes the declared and the produced size as %d
-    CSizeCheck(const CByteCursor& w, uint32_t declared, const char* line) noexcept;
-    ~CSizeCheck();
-    CSizeCheck(const CSizeCheck&) = delete;
-    CSizeCheck& operator=(const CSizeCheck&) = delete;
-
-private:
-    const CByteCursor& m_cursor;
-    const size_t m_begin;
-    const uint32_t m_declared;
-    const char* const m_line;
+    CRecordCheck(const CByteCursor& w, uint32_t declared, const char* line) noexcept
+        : CSizeCheck(w, declared, line, Order::kDeclaredFirst)
+    {
+    }
 };
 
 }  // namespace Orbel::Wrapton

@@ -1,7 +1,5 @@
 #include "mp4packet/Box/Box.h"
 
-#include <cstdio>
-
 namespace Orbel::Wrapton
 {
 namespace
@@ -78,19 +76,5 @@ void CBox::PutAtom(CMsbCursor& w) const
 }
 
 void CBox::PutData(CMsbCursor& /*w*/) const {}
-
-CPayloadCheck::CPayloadCheck(const CByteCursor& w, uint32_t declared, const char* line) noexcept
-    : m_cursor(w), m_begin(w.Produced()), m_declared(declared), m_line(line)
-{
-}
-
-CPayloadCheck::~CPayloadCheck()
-{
-    const size_t produced = m_cursor.Produced() - m_begin;
-    if (produced != m_declared)
-    {
-        std::printf(m_line, static_cast<int>(produced), static_cast<int>(m_declared));
-    }
-}
 
 }  // namespace Orbel::Wrapton

@@ -5,6 +5,7 @@
 
 #include "mp4packet/atom.h"
 #include "tool/ByteCursor.h"
+#include "tool/SizeCheck.h"
 
 namespace Orbel::Wrapton
 {
@@ -119,22 +120,15 @@ protected:
     uint32_t m_nMode;
 };
 
-/// Compares what a payload writer produced with what the box declared, at the end of its scope, and
-/// prints the box's line when they differ.
-class CPayloadCheck
+/// Compares the payload that a box's writer produced with what the box declared.
+class CPayloadCheck : public CSizeCheck
 {
 public:
     /// @param line a printf format; may take the produced and the declared length as %d
-    CPayloadCheck(const CByteCursor& w, uint32_t declared, const char* line) noexcept;
-    ~CPayloadCheck();
-    CPayloadCheck(const CPayloadCheck&) = delete;
-    CPayloadCheck& operator=(const CPayloadCheck&) = delete;
-
-private:
-    const CByteCursor& m_cursor;
-    const size_t m_begin;
-    const uint32_t m_declared;
-    const char* const m_line;
+    CPayloadCheck(const CByteCursor& w, uint32_t declared, const char* line) noexcept
+        : CSizeCheck(w, declared, line, Order::kProducedFirst)
+    {
+    }
 };
 
 }  // namespace Orbel::Wrapton

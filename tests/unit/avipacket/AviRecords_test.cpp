@@ -81,7 +81,7 @@ TEST(AviRecords, HeaderListLineHasTheSameForm)
         Printed(
             [](CLsbCursor& w)
             {
-                const CSizeCheck check(
+                const CRecordCheck check(
                     w, 4104, "WriteHeaderList Error! HeaderList Size = %d, Actual Size = %d \n");
                 w.Fill(4, 0);
             }),
