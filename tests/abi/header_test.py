@@ -34,6 +34,18 @@ extern "C" void* MakeMp4()
 static_assert(noexcept(SG_DestroyHandle(nullptr)), "nothing is thrown to a caller");
 """
 
+FACE_SOURCE = """\
+#include "wrapton.hpp"
+#include "wrapton_file.hpp"
+bool Record()
+{
+    std::error_code error;
+    Orbel::Wrapton::Packager packager(Orbel::Wrapton::SG_STREAM_TYPE_MP4);
+    packager.Header(error);
+    return error == Orbel::Wrapton::SG_ERR_NOERR;
+}
+"""
+
 # The component interfaces are C++ alone.
 COMPONENT_HEADERS = ["Platform.h", "IWrapton.h", "IFilePackage.h"]
 COMPONENT_VERSIONS = ["c++17", "c++20"]
@@ -73,6 +85,11 @@ def add_tests():
             self.compile(compiler, version, ".cpp", CXX_SOURCE)
 
         setattr(Header, f"test_{version}_by_{cxx_compiler}", as_cxx)
+    for _, cxx_compiler in COMPILERS:
+        def as_face(self, compiler=cxx_compiler):
+            self.compile(compiler, "c++20", ".cpp", FACE_SOURCE)
+
+        setattr(Header, f"test_the_face_for_cxx20_by_{cxx_compiler}", as_face)
     for (_, compiler), version, header in itertools.product(COMPILERS, COMPONENT_VERSIONS, COMPONENT_HEADERS):
         def alone(self, compiler=compiler, version=version, header=header):
             self.compile(compiler, version, ".cpp", COMPONENT_SOURCE.format(header=header))

@@ -179,6 +179,8 @@ class Install:
                 "include/wrapton/IWrapton.h",
                 "include/wrapton/Platform.h",
                 "include/wrapton/Wrapton.h",
+                "include/wrapton/wrapton.hpp",
+                "include/wrapton/wrapton_file.hpp",
                 "lib/cmake/wrapton/wraptonConfig.cmake",
                 "lib/cmake/wrapton/wraptonConfigVersion.cmake",
                 "lib/cmake/wrapton/wraptonTargets.cmake",

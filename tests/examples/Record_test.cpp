@@ -42,9 +42,9 @@ protected:
     }
 
     /// The exit code of the program.
-    static int Run(const std::vector<std::string>& arguments)
+    static int Run(const std::vector<std::string>& arguments, const char* program = RECORD_PROGRAM)
     {
-        std::string command = RECORD_PROGRAM;
+        std::string command = program;
         for (const std::string& argument : arguments)
         {
             command.append(" ").append(argument);
@@ -112,6 +112,26 @@ TEST_F(Record, FailsWhenItCannotReadOrWrite)
     EXPECT_FALSE(std::filesystem::exists(Path("out.mp4")));
     EXPECT_EQ(Run({"640 360 25", kCamera, Path("missing/out.mp4")}), 2);
     EXPECT_EQ(Run({"640 360 25", kCamera, "/dev/full"}), 1);
+}
+
+TEST_F(Record, WritesEveryJpegPictureByTheHeaderForCxx)
+{
+    const std::string input = RECORD_MEDIA "/qvga_320x240_12fps.mjpeg";
+    const std::string output = Path("camera.mp4");
+    ASSERT_EQ(Run({"320 240 12", input, output}, RECORD_PICTURES_PROGRAM), 0);
+
+    const Readers::Mp4Movie movie = Readers::ReadMp4(Support::ReadFile(output));
+    EXPECT_EQ(Readers::TypesOf(movie.boxes), "ftyp free moov mdat");
+    ASSERT_EQ(movie.tracks.size(), 1u);
+    const std::vector<Bytes> pictures = Support::JpegPictures(Support::ReadFile(input));
+    ASSERT_GT(pictures.size(), 1u);
+    ASSERT_EQ(movie.tracks[0].samples.size(), pictures.size());
+    for (std::size_t i = 0; i < pictures.size(); ++i)
+        EXPECT_EQ(movie.tracks[0].samples[i].size, pictures[i].size()) << "picture " << i;
+
+    EXPECT_EQ(Run({}, RECORD_PICTURES_PROGRAM), 2);
+    EXPECT_EQ(Run({"320 240 12", input, Path("missing/out.mp4")}, RECORD_PICTURES_PROGRAM), 1);
+    EXPECT_EQ(Run({"320 240 12", input, "/dev/full"}, RECORD_PICTURES_PROGRAM), 1);
 }
 
 }  // namespace
