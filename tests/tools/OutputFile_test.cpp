@@ -17,11 +17,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr int kStart = 0;
-constexpr int kCurrent = 1;
-constexpr int kEnd = 2;
-
-std::span<const unsigned char> Block(std::string_view text)
+std::span<const unsigned char> Text(std::string_view text)
 {
     return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
@@ -76,13 +72,13 @@ protected:
 TEST_F(OutputFileTest, BlocksGoWhereTheirOriginSays)
 {
     OutputFile output(Path("out"), {});
-    EXPECT_EQ(output.Place(0, kStart, Block("0123456789")), 10U);
-    EXPECT_EQ(output.Place(2, kStart, Block("ab")), 2U);
-    EXPECT_EQ(output.Place(0, kCurrent, Block("c")), 1U);  // at 4
-    EXPECT_EQ(output.Place(1, kCurrent, Block("d")), 1U);  // at 6
-    EXPECT_EQ(output.Place(0, kEnd, Block("e")), 1U);      // at 10
-    EXPECT_EQ(output.Place(-2, kEnd, Block("f")), 1U);     // at 9
-    EXPECT_EQ(output.Place(12, kStart, Block("g")), 1U);   // leaves a hole of one byte
+    EXPECT_EQ(output.Place(0, Origin::kStart, Text("0123456789")), 10U);
+    EXPECT_EQ(output.Place(2, Origin::kStart, Text("ab")), 2U);
+    EXPECT_EQ(output.Place(0, Origin::kCurrent, Text("c")), 1U);  // at 4
+    EXPECT_EQ(output.Place(1, Origin::kCurrent, Text("d")), 1U);  // at 6
+    EXPECT_EQ(output.Place(0, Origin::kEnd, Text("e")), 1U);      // at 10
+    EXPECT_EQ(output.Place(-2, Origin::kEnd, Text("f")), 1U);     // at 9
+    EXPECT_EQ(output.Place(12, Origin::kStart, Text("g")), 1U);   // leaves a hole of one byte
     EXPECT_EQ(output.Size(), 13U);
     EXPECT_EQ(Finish(output), "");
     EXPECT_EQ(Content(Path("out")), std::string("01abc5d78fe\0g", 13));
@@ -92,7 +88,7 @@ TEST_F(OutputFileTest, OldContentIsGone)
 {
     Put(Path("out"), "something longer than what comes");
     OutputFile output(Path("out"), {});
-    output.Place(0, kStart, Block("new"));
+    output.Place(0, Origin::kStart, Text("new"));
     EXPECT_EQ(Finish(output), "");
     EXPECT_EQ(Content(Path("out")), "new");
 }
@@ -111,17 +107,17 @@ TEST_F(OutputFileTest, TheFirstErrorStays)
 {
     OutputFile output("/dev/full", {});
     EXPECT_TRUE(output.Good());
-    EXPECT_EQ(output.Place(0, kStart, Block("x")), 0U);
+    EXPECT_EQ(output.Place(0, Origin::kStart, Text("x")), 0U);
     EXPECT_FALSE(output.Good());
-    EXPECT_EQ(output.Place(-1, kStart, Block("x")), 0U);
+    EXPECT_EQ(output.Place(-1, Origin::kStart, Text("x")), 0U);
     EXPECT_EQ(Finish(output), "/dev/full: No space left on device; nothing of it is left on disk");
 }
 
 TEST_F(OutputFileTest, APositionAheadOfTheStartIsAnError)
 {
     OutputFile output(Path("out"), {});
-    output.Place(0, kStart, Block("abc"));
-    EXPECT_EQ(output.Place(-4, kEnd, Block("x")), 0U);
+    output.Place(0, Origin::kStart, Text("abc"));
+    EXPECT_EQ(output.Place(-4, Origin::kEnd, Text("x")), 0U);
     EXPECT_EQ(Finish(output),
               Path("out") +
                   ": Invalid argument; an unfinished file of 3 bytes is left, it does not"
@@ -131,12 +127,12 @@ TEST_F(OutputFileTest, APositionAheadOfTheStartIsAnError)
 TEST_F(OutputFileTest, ARemovedOrReplacedFileIsAnError)
 {
     OutputFile removed(Path("out"), {});
-    removed.Place(0, kStart, Block("abc"));
+    removed.Place(0, Origin::kStart, Text("abc"));
     fs::remove(Path("out"));
     EXPECT_NE(Finish(removed).find("it was removed"), std::string::npos);
 
     OutputFile replaced(Path("out"), {});
-    replaced.Place(0, kStart, Block("abc"));
+    replaced.Place(0, Origin::kStart, Text("abc"));
     fs::rename(Path("out"), Path("elsewhere"));
     Put(Path("out"), "another");
     EXPECT_NE(Finish(replaced).find("it was removed"), std::string::npos);
@@ -146,9 +142,9 @@ TEST_F(OutputFileTest, ARemovedOrReplacedFileIsAnError)
 TEST_F(OutputFileTest, NothingIsWrittenAfterTheEnd)
 {
     OutputFile output(Path("out"), {});
-    output.Place(0, kStart, Block("abc"));
+    output.Place(0, Origin::kStart, Text("abc"));
     EXPECT_EQ(Finish(output), "");
-    EXPECT_EQ(output.Place(0, kEnd, Block("x")), 0U);
+    EXPECT_EQ(output.Place(0, Origin::kEnd, Text("x")), 0U);
     EXPECT_EQ(Content(Path("out")), "abc");
 }
 

@@ -12,8 +12,6 @@ namespace Orbel::Wrapton::Command
 namespace
 {
 
-constexpr int32_t kOriginCurrent = 1;
-
 struct Releaser
 {
     void operator()(IComponentBase* component) const { component->release(); }
@@ -69,24 +67,18 @@ FrameAttributes AttributesOf(const SGFrameInfo& frame)
             {"bitrate", frame.bit_rate}};
 }
 
+/// A frame of 4 GiB is cut to what its field holds; no input gives one.
+uint32_t Length(std::span<const unsigned char> bytes)
+{
+    return static_cast<uint32_t>(std::min<std::size_t>(bytes.size(), UINT32_MAX));
+}
+
 /// The reason for a false answer.
 int Answer(bool done)
 {
     if (done) return SG_ERR_NOERR;
     const auto error = static_cast<int>(getLastError());
     return error != SG_ERR_NOERR ? error : SG_ERR_PARAM_ERR;
-}
-
-SGOutputData BlockOf(const unsigned char* bytes, std::size_t size, long origin, long position)
-{
-    SGOutputData block = {};
-    block.struct_size = sizeof block;
-    block.data_pointer = const_cast<unsigned char*>(bytes);  // receivers only read
-    block.data_size = static_cast<int32_t>(size);
-    block.offset_type = static_cast<int32_t>(origin);
-    block.offset_pos = static_cast<uint32_t>(position);
-    block.offset_pos64 = position;
-    return block;
 }
 
 /// Every frame gives at most one block, which continues the output.
@@ -98,17 +90,16 @@ public:
     {
     }
 
-    int InputFrame(SGFrameInfo& frame) override
+    int InputFrame(std::span<unsigned char> bytes, const SGFrameInfo& frame) override
     {
         const FrameAttributes attrs = AttributesOf(frame);
         if (m_bIntoPacket)
         {
-            const bool done =
-                m_stream->inputFrameEx(frame.frame_pointer, frame.frame_size, attrs, m_packet);
+            const bool done = m_stream->inputFrameEx(bytes.data(), Length(bytes), attrs, m_packet);
             if (done) Hand(m_packet.Data(), m_packet.Size());
             return Answer(done);
         }
-        const bool done = m_stream->inputFrame(frame.frame_pointer, frame.frame_size, attrs);
+        const bool done = m_stream->inputFrame(bytes.data(), Length(bytes), attrs);
         SharedPtr<IWraptonData> block;
         if (m_stream->getPacket(block)) Hand(block->getBuffer(), block->getLen());
         return done ? SG_ERR_NOERR : int{errorParam};
@@ -118,8 +109,7 @@ private:
     void Hand(const unsigned char* bytes, std::size_t size)
     {
         if (size == 0) return;  // the frame was dropped
-        SGOutputData block = BlockOf(bytes, size, kOriginCurrent, 0);
-        m_receiver(block);
+        m_receiver({0, Origin::kCurrent, {bytes, size}});
     }
 
     Owned<IWrapton> m_stream;
@@ -136,22 +126,21 @@ public:
     {
     }
 
-    int CreateHeader(SGHeaderInfo* /*header*/) override
+    int CreateHeader(const SGHeaderInfo* /*header*/) override
     {
         return Answer(m_file->open(
             [this](FrameAttributes& info, IWraptonData& data)
             {
-                SGOutputData block = BlockOf(
-                    data.getBuffer(), data.getLen(), info.at("offsettype"), info.at("fileoffset"));
-                m_receiver(block);
+                m_receiver({info.at("fileoffset"),
+                            static_cast<Origin>(info.at("offsettype")),
+                            {data.getBuffer(), data.getLen()}});
                 return true;
             }));
     }
 
-    int InputFrame(SGFrameInfo& frame) override
+    int InputFrame(std::span<unsigned char> bytes, const SGFrameInfo& frame) override
     {
-        return Answer(
-            m_file->inputFrame(frame.frame_pointer, frame.frame_size, AttributesOf(frame)));
+        return Answer(m_file->inputFrame(bytes.data(), Length(bytes), AttributesOf(frame)));
     }
 
     int CreateTailer() override { return Answer(m_file->close()); }

@@ -37,9 +37,6 @@ struct Container
     bool needs_long_start_codes = false;
     /// SGHeaderInfo::pre_header_len has a meaning.
     bool takes_reserve;
-    /// The tailer emits a block at position 0 that an appending sink must not place: it would
-    /// overwrite the file's beginning.
-    bool ignores_closing_block_at_start;
     /// The header says 8000 Hz, mono, 16-bit PCM whatever is in the file.
     bool labels_8000_mono_pcm;
     /// Packets of RTP: one stream with one clock, and no file around it.
@@ -62,8 +59,6 @@ struct Container
     bool declares_sound = false;
     FaceKind face = FaceKind::kFlat;
     std::string_view component = {};  ///< name of its type, where the face is a component
-    /// The tailer appends the file's first header again, complete by then.
-    bool repeats_header_at_end = false;
 };
 
 /// Every container the command knows, whether or not the library at hand builds it.

@@ -1,5 +1,6 @@
 #include "Face.h"
 
+#include <system_error>
 #include <utility>
 
 #include "ComponentFaces.h"
@@ -9,56 +10,60 @@ namespace Orbel::Wrapton::Command
 namespace
 {
 
-/// The eight functions.
+/// The eight functions, by their face for C++.
 class FlatFace final : public Face
 {
 public:
-    FlatFace(unsigned int type, Receiver receiver) : m_receiver(std::move(receiver))
-    {
-        SGCreateParam create = {};
-        create.struct_size = sizeof create;
-        create.user = this;
-        create.sg_datacb = OnBlock;
-        m_pHandle = SG_CreateHandle(type, &create);
-    }
-    FlatFace(const FlatFace&) = delete;
-    FlatFace& operator=(const FlatFace&) = delete;
-    ~FlatFace() override { SG_DestroyHandle(m_pHandle); }
-
-    [[nodiscard]] bool IsThere() const { return m_pHandle != nullptr; }
+    explicit FlatFace(Wrapton::Packager packager) : m_packager(std::move(packager)) {}
 
     int DescribeRtp(const RtpStream& stream) override
     {
-        SGRtpPackageParam param = {};
-        unsigned int length = sizeof param;
-        const int got = SG_GetParam(m_pHandle, SG_RTP_PARAM_TYPE_PACKAGE, &param, &length);
-        if (got != SG_ERR_NOERR) return got;
+        std::error_code error;
+        SGRtpPackageParam param = m_packager.Rtp(error);
+        if (error) return error.value();
 
-        ++param.sequence_number;  // a get tells that of the last packet, a set takes that of the
-                                  // next
+        ++param.sequence_number;  // a get tells that of the last packet, a set takes the next one's
         param.payload_type = stream.payload_type;
         param.audio_sample = stream.clock;
-        return SG_SetParam(m_pHandle, SG_RTP_PARAM_TYPE_PACKAGE, &param, sizeof param);
+        m_packager.SetRtp(param, error);
+        return error.value();
     }
 
-    int CreateHeader(SGHeaderInfo* header) override { return SG_CreateHeader(m_pHandle, header); }
-    int InputFrame(SGFrameInfo& frame) override { return SG_InputFrame(m_pHandle, &frame); }
-    int CreateTailer() override { return SG_CreateTailer(m_pHandle, nullptr); }
+    int CreateHeader(const SGHeaderInfo* header) override
+    {
+        std::error_code error;
+        if (header == nullptr)
+            m_packager.Header(error);
+        else
+            m_packager.Header(*header, error);
+        return error.value();
+    }
+
+    int InputFrame(std::span<unsigned char> bytes, const SGFrameInfo& frame) override
+    {
+        std::error_code error;
+        m_packager.InputInPlace(bytes, frame, error);
+        return error.value();
+    }
+
+    int CreateTailer() override
+    {
+        std::error_code error;
+        m_packager.Tailer(error);
+        return error.value();
+    }
 
 private:
-    static void OnBlock(SGOutputData* block, void* self) noexcept
-    {
-        static_cast<FlatFace*>(self)->m_receiver(*block);
-    }
-
-    Receiver m_receiver;
-    void* m_pHandle = nullptr;
+    Wrapton::Packager m_packager;
 };
 
 std::unique_ptr<Face> MakeFlatFace(unsigned int type, Face::Receiver receiver)
 {
-    auto face = std::make_unique<FlatFace>(type, std::move(receiver));
-    return face->IsThere() ? std::move(face) : nullptr;
+    // Without a receiver it is only asked whether there is one.
+    if (!receiver) receiver = [](const Block& block) { return block.bytes.size(); };
+    std::error_code error;
+    Wrapton::Packager packager(type, std::move(receiver), error);
+    return packager ? std::make_unique<FlatFace>(std::move(packager)) : nullptr;
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 
 #include <functional>
 #include <memory>
+#include <span>
+
+#include <wrapton/wrapton.hpp>
 
 #include "Containers.h"
 #include "RtpStream.h"
@@ -14,8 +17,8 @@ namespace Orbel::Wrapton::Command
 class Face
 {
 public:
-    /// Gets every block, and may lower its data_size.
-    using Receiver = std::function<void(SGOutputData& block)>;
+    /// Gets every block, and gives the bytes that it stored.
+    using Receiver = std::function<std::size_t(const Block& block)>;
 
     Face() = default;
     Face(const Face&) = delete;
@@ -24,8 +27,8 @@ public:
 
     /// Each gives 0, or the library's own code.
     virtual int DescribeRtp(const RtpStream& /*stream*/) { return SG_ERR_NOERR; }
-    virtual int CreateHeader(SGHeaderInfo* /*header*/) { return SG_ERR_NOERR; }
-    virtual int InputFrame(SGFrameInfo& frame) = 0;
+    virtual int CreateHeader(const SGHeaderInfo* /*header*/) { return SG_ERR_NOERR; }
+    virtual int InputFrame(std::span<unsigned char> bytes, const SGFrameInfo& frame) = 0;
     virtual int CreateTailer() { return SG_ERR_NOERR; }
 };
 

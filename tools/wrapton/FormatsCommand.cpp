@@ -8,6 +8,8 @@
 
 #include "Containers.h"
 #include "Failure.h"
+#include "Limits.h"
+#include "OutputSeries.h"
 
 namespace Orbel::Wrapton::Command
 {
@@ -55,6 +57,41 @@ void PrintTable(const std::vector<Container>& containers)
                  Joined(Names(container.audio)));
 }
 
+template <typename Value>
+Json ValueOrNull(const std::optional<Value>& value)
+{
+    return value ? Json(*value) : Json(nullptr);
+}
+
+Json LimitsJson(const Container& container)
+{
+    Json limits = Json::array();
+    for (const Limit& limit : LimitsOf(container))
+    {
+        Json json = {{"name", limit.name},
+                     {"file_bytes", ValueOrNull(limit.bytes)},
+                     {"frame_bytes", ValueOrNull(limit.frame_bytes)},
+                     {"seconds", nullptr},
+                     {"outcome", limit.outcome}};
+        if (limit.time_us) json["seconds"] = static_cast<double>(*limit.time_us) / 1e6;
+        limits.push_back(json);
+    }
+    return limits;
+}
+
+/// How a caller gets this container, by the command and by the library.
+Json ReachedBy(const Container& container)
+{
+    Json ways = {"--to " + std::string(container.name)};
+    for (const std::string_view extension : container.extensions)
+        ways.push_back(extension);
+    void* handle = SG_CreateHandle(container.type, nullptr);
+    if (handle != nullptr)
+        ways.push_back("SG_CreateHandle(" + std::to_string(container.type) + ")");
+    SG_DestroyHandle(handle);
+    return ways;
+}
+
 void PrintList(const std::vector<Container>& containers)
 {
     Json json = {{"formats", Json::array()}};
@@ -65,7 +102,11 @@ void PrintList(const std::vector<Container>& containers)
              {"extensions",
               std::vector<std::string>(container.extensions.begin(), container.extensions.end())},
              {"video", Names(container.video)},
-             {"audio", Names(container.audio)}});
+             {"audio", Names(container.audio)},
+             {"reached_by", ReachedBy(container)},
+             {"standard_output", OnlyAppends(container)},
+             {"reserve", container.takes_reserve},
+             {"limits", LimitsJson(container)}});
     std::cout << json.dump(2) << '\n';
 }
 

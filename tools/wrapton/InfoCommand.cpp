@@ -12,6 +12,7 @@
 
 #include "Failure.h"
 #include "OmfSurvey.h"
+#include "RtpInfo.h"
 
 namespace Orbel::Wrapton::Command
 {
@@ -223,6 +224,12 @@ void PrintSummaryText(const InfoOptions& options, const OmfSurvey& survey, uint6
     PrintDamage(survey);
 }
 
+/// By its name, or by its first bytes where they are those of a packet and not of a recording.
+bool IsRtp(const std::string& path)
+{
+    return path.ends_with(".rtp") || (!path.ends_with(".omf") && LooksLikeRtp(path));
+}
+
 int Survey(const InfoOptions& options)
 {
     COmfFile file(options.file, kReadAhead);
@@ -252,6 +259,7 @@ int Info(const InfoOptions& options)
 {
     try
     {
+        if (IsRtp(options.file)) return TellRtp(options.file, options.json, options.frames);
         return Survey(options);
     }
     catch (const std::system_error& error)
@@ -269,12 +277,14 @@ int Info(const InfoOptions& options)
 
 void AddInfoCommand(CLI::App& app, std::function<int()>& run)
 {
-    CLI::App* info = app.add_subcommand("info", "Tell what a native recording (.omf) holds");
+    CLI::App* info = app.add_subcommand(
+        "info", "Tell what a native recording (.omf) or packets of RTP (.rtp) hold");
     const auto options = std::make_shared<InfoOptions>();
-    info->add_option("FILE", options->file, "The recording")->required();
-    info->add_flag("--frames", options->frames, "Print one line per frame instead of a summary");
+    info->add_option("FILE", options->file, "The file")->required();
+    info->add_flag(
+        "--frames", options->frames, "Print one line per frame or packet instead of a summary");
     info->add_flag("--json", options->json, "Print JSON; with --frames one object per line");
-    info->footer("Exit codes: 0 all is well, 1 a part is damaged, 2 failed.");
+    info->footer("Exit codes: 0 all is well, 1 a part is damaged or missing, 2 failed.");
     info->callback([options, &run] { run = [options] { return Info(*options); }; });
 }
 

@@ -9,7 +9,9 @@
 #include "Failure.h"
 #include "Inputs.h"
 #include "Interrupt.h"
+#include "Quantities.h"
 #include "Recording.h"
+#include "TrimmedSource.h"
 
 namespace Orbel::Wrapton::Command
 {
@@ -37,6 +39,10 @@ struct PackOptions
     std::vector<std::string> files;  ///< the last one is the output
     std::string to;
     uint32_t reserve = 0;
+    std::string segment;
+    std::string start;
+    std::string duration;
+    bool dry_run = false;
     bool pcap = false;
     bool json = false;
     bool progress = false;
@@ -49,6 +55,43 @@ ProgressStyle StyleOf(const PackOptions& options)
     return isatty(STDERR_FILENO) == 1 ? ProgressStyle::kBar : ProgressStyle::kNone;
 }
 
+int64_t TimeOf(const std::string& option, const std::string& text)
+{
+    const auto time = ParseMicroseconds(text);
+    if (!time) throw Failure(option + ": " + text + " is no time such as 90, 10m or 1:30:00");
+    return *time;
+}
+
+TrimRequest TrimOf(const PackOptions& options)
+{
+    TrimRequest request;
+    if (!options.start.empty()) request.start_us = TimeOf("--start", options.start);
+    if (!options.duration.empty()) request.duration_us = TimeOf("--duration", options.duration);
+    return request;
+}
+
+std::optional<SegmentLimit> LimitOf(const PackOptions& options)
+{
+    if (options.segment.empty()) return std::nullopt;
+    const auto limit = ParseSegmentLimit(options.segment);
+    if (!limit)
+        throw Failure("--segment: " + options.segment +
+                      " is no time such as 90, 10m or 1:30:00, and no size such as 100M or 4G");
+    return limit;
+}
+
+void CheckOutput(const PackOptions& options, const Container& container, const std::string& output)
+{
+    const bool to_pipe = output == OutputFile::kStandardOutput;
+    if (to_pipe && !OnlyAppends(container))
+        throw Failure(std::string(container.name) +
+                      " goes back to earlier places, which standard output cannot");
+    if (to_pipe && !options.segment.empty())
+        throw Failure("--segment needs files, not standard output");
+    if (container.is_rtp && !options.segment.empty())
+        throw Failure("--segment is not for rtp: its packets are one session");
+}
+
 void Record(const PackOptions& options, ProgressMeter& meter, Report& report)
 {
     // A capture file holds RTP, whatever its name.
@@ -59,15 +102,22 @@ void Record(const PackOptions& options, ProgressMeter& meter, Report& report)
     report.container = container.name;
     report.type = container.type;
     report.reserve = options.reserve;
+    report.dry_run = options.dry_run;
+    CheckOutput(options, container, report.output);
+    const TrimRequest trim = TrimOf(options);
+    OutputSeries series(report.output,
+                        options.inputs.AllFiles(),
+                        container.type,
+                        LimitOf(options),
+                        options.dry_run);
 
     CatchInterrupts();
     Inputs inputs = OpenInputs(options.inputs);
     report.left_out = std::move(inputs.left_out);
-    Recording recording(container, std::move(inputs.sources), meter, report);
+    Recording recording(container, Trimmed(std::move(inputs.sources), trim), meter, report);
     if (!recording.HasSomething()) return;
 
-    OutputFile output(report.output, options.inputs.AllFiles());
-    recording.Run(output, options.pcap);
+    recording.Run(series, options.pcap);
     report.notes = NotesOn(report, container);
 }
 
@@ -99,6 +149,8 @@ int Pack(PackOptions options)
     options.files.pop_back();
     options.inputs.files = options.files;
 
+    // The output has standard output for itself.
+    if (report.output == OutputFile::kStandardOutput) std::cout.rdbuf(std::cerr.rdbuf());
     ProgressMeter meter(StyleOf(options));
     try
     {
@@ -136,7 +188,8 @@ void AddPackCommand(CLI::App& app, std::function<int()>& run)
 
     pack->add_option("FILES",
                      options->files,
-                     "INPUT... OUTPUT: files with coded streams, and the file to write")
+                     "INPUT... OUTPUT: files with coded streams, and the file to write; "
+                     "- is standard output")
         ->required();
     pack->add_option("--video", options->inputs.video, "Take the video from this file")
         ->type_name("FILE");
@@ -170,6 +223,17 @@ void AddPackCommand(CLI::App& app, std::function<int()>& run)
     pack->add_option("--channels", options->inputs.raw_channels, "Channels of such an input (1)")
         ->type_name("N")
         ->check(CLI::Range(1, kMostChannels));
+    pack->add_option("--segment",
+                     options->segment,
+                     "Go on in another file, OUTPUT_0001 and so on, with the first key picture "
+                     "behind a TIME (90, 10m, 1:30:00) or a SIZE (100M, 4G)")
+        ->type_name("TIME|SIZE");
+    pack->add_option("--start",
+                     options->start,
+                     "Begin with the first key picture that is not ahead of this time")
+        ->type_name("TIME");
+    pack->add_option("--duration", options->duration, "End after this time")->type_name("TIME");
+    pack->add_flag("--dry-run", options->dry_run, "Package everything, and write nothing");
     pack->add_flag("--json", options->json, "Print the result as JSON");
     pack->add_flag("--progress", options->progress, "Print key=value lines while packaging");
     pack->footer(

@@ -6,6 +6,8 @@
 #include <optional>
 #include <span>
 
+#include <wrapton/wrapton.hpp>
+
 #include "Containers.h"
 #include "Face.h"
 #include "OutputFile.h"
@@ -28,8 +30,8 @@ public:
 
     /// Each gives the library's own code.
     int DescribeRtp(const RtpStream& stream);
-    int CreateHeader(SGHeaderInfo& header);
-    int InputFrame(SGFrameInfo& frame);
+    int CreateHeader(const SGHeaderInfo& header);
+    int InputFrame(std::span<unsigned char> bytes, const SGFrameInfo& frame);
     int CreateTailer();
 
     /// True when the last call emitted anything but a rewrite of the file's beginning: the library
@@ -37,10 +39,8 @@ public:
     [[nodiscard]] bool LastCallStored() const { return m_bStored; }
 
 private:
-    void Place(SGOutputData& block);
-    std::size_t Write(const SGOutputData& block);
-    /// Whether the block is a header that belongs in the place of the first one.
-    bool ReplacesHeader(std::span<const unsigned char> bytes);
+    std::size_t Place(Block block);
+    std::size_t Write(const Block& block);
 
     const Container& m_container;
     OutputFile& m_output;
@@ -49,7 +49,6 @@ private:
     std::unique_ptr<Face> m_face;
     bool m_bStored = false;
     bool m_bClosing = false;
-    std::size_t m_nHeaderLen = 0;  ///< of the first FLV header
 };
 
 }  // namespace Orbel::Wrapton::Command

@@ -13,7 +13,6 @@ constexpr std::size_t kIpHeader = 20;
 constexpr std::size_t kUdpHeader = 8;
 constexpr uint32_t kLinkTypeRaw = 101;  // a packet begins with its IP header
 constexpr uint32_t kProtocolUdp = 17;
-constexpr int kCurrent = 1;  // origin of an output position
 
 // Addresses for documentation, RFC 5737.
 constexpr uint32_t kSender = 0xC0000201;    // 192.0.2.1
@@ -94,7 +93,7 @@ void PcapFile::Begin()
     PutLsb(m_record, 0, 4);      // accuracy of times
     PutLsb(m_record, 65535, 4);  // the longest packet
     PutLsb(m_record, kLinkTypeRaw, 4);
-    m_output.Place(0, kCurrent, m_record);
+    m_output.Place(0, Origin::kCurrent, m_record);
 }
 
 void PcapFile::Put(uint32_t time_ms, std::span<const unsigned char> packet)
@@ -108,7 +107,7 @@ void PcapFile::Put(uint32_t time_ms, std::span<const unsigned char> packet)
     PutLsb(m_record, length, 4);  // bytes that there were
     PutIpHeader(m_record, length, m_nDatagrams++);
     PutUdp(m_record, packet);
-    m_output.Place(0, kCurrent, m_record);
+    m_output.Place(0, Origin::kCurrent, m_record);
 }
 
 }  // namespace Orbel::Wrapton::Command

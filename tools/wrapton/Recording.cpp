@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Failure.h"
+#include "FrameRecord.h"
 #include "Interrupt.h"
 #include "StartCodes.h"
 #include "UnitGroup.h"
@@ -18,54 +19,16 @@ namespace
 /// the first I picture keeps those if the picture goes first.
 constexpr int64_t kOpeningLead = 100'000;
 
-uint32_t WholeRate(const Rate& rate)
+/// An input that broke off: what was read before it is kept.
+class InputFailure : public Failure
 {
-    const int64_t rounded = (rate.num + rate.den / 2) / rate.den;
-    constexpr int64_t kMost = std::numeric_limits<uint32_t>::max();
-    return static_cast<uint32_t>(std::clamp<int64_t>(rounded, 1, kMost));
-}
-
-uint32_t Milliseconds(int64_t time_us)
-{
-    return static_cast<uint32_t>(std::max<int64_t>(time_us, 0) / 1000);  // wraps after 49 days
-}
-
-uint32_t Narrow(int64_t value)
-{
-    return value > 0 && value <= std::numeric_limits<uint32_t>::max() ? static_cast<uint32_t>(value)
-                                                                      : 0;
-}
+public:
+    using Failure::Failure;
+};
 
 std::string WithKind(const StreamInfo& info)
 {
     return info.codec_name + (info.is_video ? " video" : " audio");
-}
-
-SGFrameInfo RecordOf(const StreamInfo& info, Frame& frame)
-{
-    SGFrameInfo record = {};
-    record.struct_size = sizeof record;
-    record.frame_pointer = frame.bytes.data();
-    record.frame_size = Narrow(static_cast<int64_t>(frame.bytes.size()));
-    record.frame_type = info.is_video ? SG_FRAME_TYPE_VIDEO : SG_FRAME_TYPE_AUDIO;
-    record.frame_sub_type = frame.sub_type;
-    record.frame_encode = EntryOf(*info.codec).encode;
-    record.frame_time = Milliseconds(frame.time_us);
-    record.bit_rate = Narrow(info.bit_rate);
-    if (info.is_video)
-    {
-        record.width = Narrow(info.width);
-        record.heigth = Narrow(info.height);
-        record.frame_rate = WholeRate(info.frame_rate);
-        record.deinter_lace = info.interlaced ? 1 : 0;
-    }
-    else
-    {
-        record.sample_rate = info.sample_rate;
-        record.bit_per_sample = info.bits_per_sample;
-        record.channels = info.channels;
-    }
-    return record;
 }
 
 }  // namespace
@@ -85,7 +48,8 @@ Recording::Recording(const Container& container,
         Judge(stream, has_video);
         if (!stream.refusal.empty()) continue;
         has_video = has_video || stream.info.is_video;
-        m_tracks.push_back({std::move(sources[i]), &stream, std::nullopt});
+        m_tracks.push_back(
+            {std::move(sources[i]), &stream, std::nullopt, StreamHeaders(stream.info.codec)});
     }
 }
 
@@ -141,7 +105,14 @@ SGHeaderInfo Recording::Header() const
 
 void Recording::Fetch(Track& track)
 {
-    track.next = track.source->Next();
+    try
+    {
+        track.next = track.source->Next();
+    }
+    catch (const Failure& failure)
+    {
+        throw InputFailure(failure.what());
+    }
     track.report->info = track.source->Info();
 }
 
@@ -161,34 +132,57 @@ Recording::Track* Recording::Earliest()
     return earliest;
 }
 
-void Recording::PackNext(Packager& packager, Track& track)
+void Recording::CutAhead(Track& track)
 {
+    const Frame& frame = *track.next;
+    const bool is_video = track.report->info.is_video;
+    const bool has_video = m_tracks.front().report->info.is_video;
+    const bool can_begin = is_video ? frame.sub_type == SG_FRAME_SUB_TYPE_I : !has_video;
+    if (is_video) track.headers.Note(frame.bytes);
+    if (!m_bFileBegun || !can_begin ||
+        !m_pSeries->IsFull(frame.time_us - m_nFileStart, m_pOutput->Size()))
+        return;
+    EndFile();
+    BeginFile();
+    if (is_video) track.headers.Complete(track.next->bytes);
+}
+
+void Recording::PackNext(Track& track)
+{
+    CutAhead(track);
     Frame& frame = *track.next;
     StreamReport& report = *track.report;
+    if (!m_bFileBegun) m_nFileStart = m_pSeries->IsSplit() ? frame.time_us : 0;
     report.bytes_in += frame.bytes.size();
     if (m_container.splits_units && report.info.codec == Codec::kH264) GroupUnits(frame.bytes);
     if (m_container.needs_long_start_codes && report.info.codec == Codec::kH264)
         frame.bytes = WithLongStartCodes(frame.bytes);
-    SGFrameInfo record = RecordOf(report.info, frame);
+    SGFrameInfo record = RecordOf(report.info, frame, m_nFileStart);
     // The sub-type says nothing else here, and receivers need the B pictures as well.
     if (m_container.takes_b_as_p && record.frame_sub_type == SG_FRAME_SUB_TYPE_B)
         record.frame_sub_type = SG_FRAME_SUB_TYPE_P;
-    const int code = packager.InputFrame(record);
+    if (m_container.declares_sound && !m_bFileBegun) DeclareSound();
+    // The container's header takes the place of a file's first frame: of several files, none may
+    // lack one.
+    if (m_container.labels_8000_mono_pcm && m_pSeries->IsSplit() && !m_bFileBegun)
+        m_pPackager->InputFrame(frame.bytes, record);
+    m_bFileBegun = true;
+    const int code = m_pPackager->InputFrame(frame.bytes, record);
 
     ++report.frames_in;
     report.frames_damaged += frame.damaged ? 1 : 0;
     report.end_us = frame.time_us;
     if (code != SG_ERR_NOERR)
         ++report.refused[code];
-    else if (packager.LastCallStored())
+    else if (m_pPackager->LastCallStored())
         ++report.frames_stored;
     else
         ++report.frames_dropped;
-    if (packager.LastCallStored() && frame.sub_type == SG_FRAME_SUB_TYPE_B) ++report.frames_b;
+    if (m_pPackager->LastCallStored() && frame.sub_type == SG_FRAME_SUB_TYPE_B) ++report.frames_b;
     m_bOpened = m_bOpened || (report.info.is_video && frame.sub_type == SG_FRAME_SUB_TYPE_I);
 }
 
-void Recording::DeclareSound(Packager& packager)
+void Recording::DeclareSound()
 {
     // Readers take no sound of 0 Hz, so there is always one to tell of.
     StreamInfo info;
@@ -203,65 +197,78 @@ void Recording::DeclareSound(Packager& packager)
     // Too short to last, and not stored: there was no picture yet.
     Frame opening;
     opening.bytes.resize(1);
-    SGFrameInfo record = RecordOf(info, opening);
-    packager.InputFrame(record);
+    m_pPackager->InputFrame(opening.bytes, RecordOf(info, opening, 0));
 }
 
-void Recording::PackAll(Packager& packager, OutputFile& output)
+void Recording::PackAll()
 {
     for (Track& track : m_tracks)
         Fetch(track);
     // Behind the first frame, which may know the sample rate better than the file does.
     if (m_container.is_rtp &&
-        packager.DescribeRtp(RtpStreamOf(m_tracks.front().report->info)) != SG_ERR_NOERR)
-        throw Failure(output.Path() + ": the library refused the parameters of the stream");
-    if (m_container.declares_sound) DeclareSound(packager);
+        m_pPackager->DescribeRtp(RtpStreamOf(m_tracks.front().report->info)) != SG_ERR_NOERR)
+        throw Failure(m_pOutput->Path() + ": the library refused the parameters of the stream");
     while (Track* track = Earliest())
     {
-        PackNext(packager, *track);
-        if (!output.Good()) return;
+        PackNext(*track);
+        if (!m_pOutput->Good()) return;
         Fetch(*track);
-        if (m_meter.IsDue()) ShowProgress(output);
+        if (m_meter.IsDue()) ShowProgress();
     }
 }
 
-void Recording::Run(OutputFile& output, bool as_pcap)
+void Recording::BeginFile()
 {
-    Packager packager(m_container, output, as_pcap);
-    SGHeaderInfo header = Header();
-    const int begun = packager.CreateHeader(header);
-    if (!output.Good()) output.Finish();
+    m_pOutput = m_pSeries->Next();
+    m_pPackager = std::make_unique<Packager>(m_container, *m_pOutput, m_bPcap);
+    m_bFileBegun = false;
+    const int begun = m_pPackager->CreateHeader(Header());
+    if (!m_pOutput->Good()) m_pOutput->Finish();
     if (begun != SG_ERR_NOERR)
-        throw Failure(output.Path() + ": the library refused to begin (code " +
+        throw Failure(m_pOutput->Path() + ": the library refused to begin (code " +
                       std::to_string(begun) + "); what is left on disk does not play");
+}
+
+void Recording::EndFile()
+{
+    const uint64_t before_tailer = m_pOutput->Size();
+    const int ended = m_pOutput->Good() ? m_pPackager->CreateTailer() : SG_ERR_NOERR;
+    m_report.index_at_end = m_report.index_at_end || m_pOutput->Size() > before_tailer;
+    m_report.bytes += m_pOutput->Size();
+    if (m_pSeries->IsSplit()) m_report.segments.push_back({m_pOutput->Path(), m_pOutput->Size()});
+    if (m_pOutput->Good() && ended != SG_ERR_NOERR)
+        throw Failure(m_pOutput->Path() + ": the library refused to end (code " +
+                      std::to_string(ended) + "); what is left on disk does not play");
+    m_pOutput->Finish();
+}
+
+void Recording::Run(OutputSeries& series, bool as_pcap)
+{
+    m_pSeries = &series;
+    m_bPcap = as_pcap;
+    BeginFile();
 
     std::string input_error;
     try
     {
-        PackAll(packager, output);
+        PackAll();
     }
     catch (const Interrupted&)
     {
         m_report.signal = CaughtSignal();
     }
-    catch (const Failure& failure)
+    catch (const InputFailure& failure)
     {
         input_error = failure.what();
     }
 
-    const uint64_t before_tailer = output.Size();
-    const int ended = output.Good() ? packager.CreateTailer() : SG_ERR_NOERR;
-    m_report.index_at_end = output.Size() > before_tailer;
-    m_report.bytes = output.Size();
-    ShowProgress(output);
-    if (output.Good() && ended != SG_ERR_NOERR)
-        throw Failure(output.Path() + ": the library refused to end (code " +
-                      std::to_string(ended) + "); what is left on disk does not play");
-    output.Finish();
+    ShowProgress();
+    EndFile();
     m_report.output_complete = true;
     JudgeOutcome();
     if (!input_error.empty())
-        throw Failure(input_error + "; " + output.Path() + " holds the frames read before that");
+        throw Failure(input_error + "; " + m_pOutput->Path() +
+                      " holds the frames read before that");
 }
 
 void Recording::JudgeOutcome()
@@ -279,7 +286,7 @@ void Recording::JudgeOutcome()
     }
 }
 
-void Recording::ShowProgress(const OutputFile& output)
+void Recording::ShowProgress()
 {
     Progress progress;
     for (const Track& track : m_tracks)
@@ -289,7 +296,7 @@ void Recording::ShowProgress(const OutputFile& output)
         progress.input_read += track.source->BytesRead();
         progress.input_total += track.source->BytesTotal();
     }
-    progress.bytes_written = output.Size();
+    progress.bytes_written = m_report.bytes + m_pOutput->Size();
     m_meter.Show(progress);
 }
 

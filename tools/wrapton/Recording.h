@@ -6,10 +6,11 @@
 
 #include "Containers.h"
 #include "FrameSource.h"
-#include "OutputFile.h"
+#include "OutputSeries.h"
 #include "Packager.h"
 #include "Progress.h"
 #include "Report.h"
+#include "StreamHeaders.h"
 
 namespace Orbel::Wrapton::Command
 {
@@ -30,7 +31,7 @@ public:
     /// Packages everything, and ends the file even when the input fails or the user stops it.
     /// Throws Failure; the report then has the counts so far.
     /// @param as_pcap writes packets of RTP into a capture file
-    void Run(OutputFile& output, bool as_pcap);
+    void Run(OutputSeries& series, bool as_pcap);
 
 private:
     struct Track
@@ -38,25 +39,36 @@ private:
         std::unique_ptr<FrameSource> source;
         StreamReport* report;
         std::optional<Frame> next;
+        StreamHeaders headers;
     };
 
     void Refuse(StreamReport& stream, const std::string& reason) const;
     void Judge(StreamReport& stream, bool has_video) const;
     [[nodiscard]] SGHeaderInfo Header() const;
     void Fetch(Track& track);
+    void BeginFile();
+    void EndFile();
     /// Shows the library the sound ahead of the first picture.
-    void DeclareSound(Packager& packager);
-    void PackAll(Packager& packager, OutputFile& output);
-    void PackNext(Packager& packager, Track& track);
+    void DeclareSound();
+    void PackAll();
+    void PackNext(Track& track);
+    /// Goes on in the next file when this one is full and a decoder can begin with the frame.
+    void CutAhead(Track& track);
     Track* Earliest();
     void JudgeOutcome();
-    void ShowProgress(const OutputFile& output);
+    void ShowProgress();
 
     const Container& m_container;
     ProgressMeter& m_meter;
     Report& m_report;
     std::vector<Track> m_tracks;  ///< those that go into the container
     bool m_bOpened = false;       ///< an I picture has gone in
+    OutputSeries* m_pSeries = nullptr;
+    bool m_bPcap = false;
+    std::unique_ptr<OutputFile> m_pOutput;
+    std::unique_ptr<Packager> m_pPackager;  ///< writes to the output
+    int64_t m_nFileStart = 0;               ///< time of the file's first frame
+    bool m_bFileBegun = false;              ///< it has a first frame
 };
 
 }  // namespace Orbel::Wrapton::Command

@@ -187,7 +187,10 @@ void PrintText(const Report& report)
     if (ended_early && !report.output_complete) return;  // there is nothing to tell but the error
     if (report.output_complete)
         std::cout << report.output << ": " << report.container << ", " << report.bytes << " bytes"
-                  << (ended_early ? ", ended early" : "") << '\n';
+                  << (report.dry_run ? ", not written" : "") << (ended_early ? ", ended early" : "")
+                  << '\n';
+    for (const SegmentReport& segment : report.segments)
+        std::cout << "  " << segment.output << ": " << segment.bytes << " bytes\n";
     for (const StreamReport& stream : report.streams)
         PrintStream(stream);
     for (const std::string& stream : report.left_out)
@@ -207,7 +210,11 @@ void PrintJson(const Report& report)
                  {"type", report.type},
                  {"bytes", report.bytes},
                  {"reserve", report.reserve},
-                 {"index_at_end", report.index_at_end}};
+                 {"index_at_end", report.index_at_end},
+                 {"dry_run", report.dry_run}};
+    json["segments"] = Json::array();
+    for (const SegmentReport& segment : report.segments)
+        json["segments"].push_back({{"output", segment.output}, {"bytes", segment.bytes}});
     json["streams"] = Json::array();
     for (const StreamReport& stream : report.streams)
         json["streams"].push_back(StreamJson(stream));
@@ -222,6 +229,8 @@ void PrintKeyValue(const Report& report)
     std::cout << "state=" << StateName(report) << "\nexit_code=" << report.exit_code
               << "\noutput=" << report.output << "\noutput_complete=" << report.output_complete
               << "\ncontainer=" << report.container << "\nbytes=" << report.bytes << '\n';
+    for (const SegmentReport& segment : report.segments)
+        std::cout << "segment=" << segment.output << '\n';
     for (const StreamReport& stream : report.streams)
     {
         const std::string kind = KindName(stream.info);

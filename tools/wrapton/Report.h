@@ -27,18 +27,26 @@ struct StreamReport
     [[nodiscard]] uint64_t FramesRefused() const;
 };
 
+struct SegmentReport
+{
+    std::string output;
+    uint64_t bytes = 0;
+};
+
 /// What became of the recording.
 struct Report
 {
     std::string output;
     std::string container;
     unsigned int type = 0;
-    uint64_t bytes = 0;            ///< of the output
-    uint32_t reserve = 0;          ///< as asked for
-    bool index_at_end = false;     ///< the tailer made the file longer
-    int signal = 0;                ///< that ended the recording early
-    bool output_complete = false;  ///< tailer written, file closed
-    std::string error;             ///< why it failed; empty: it did not
+    uint64_t bytes = 0;                   ///< of the output
+    uint32_t reserve = 0;                 ///< as asked for
+    std::vector<SegmentReport> segments;  ///< empty: one output, under its own name
+    bool dry_run = false;                 ///< nothing was written
+    bool index_at_end = false;            ///< the tailer made the file longer
+    int signal = 0;                       ///< that ended the recording early
+    bool output_complete = false;         ///< tailer written, file closed
+    std::string error;                    ///< why it failed; empty: it did not
     int exit_code = 0;
     std::vector<StreamReport> streams;
     std::vector<std::string> left_out;

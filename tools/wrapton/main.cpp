@@ -8,10 +8,12 @@
 #include <sstream>
 
 #include "AvTypes.h"
+#include "CheckCommand.h"
 #include "Failure.h"
 #include "FormatsCommand.h"
 #include "InfoCommand.h"
 #include "PackCommand.h"
+#include "SelfDescription.h"
 
 namespace
 {
@@ -28,6 +30,8 @@ int RunCommand(int argc, char** argv)
     AddPackCommand(app, run);
     AddFormatsCommand(app, run);
     AddInfoCommand(app, run);
+    AddCheckCommand(app, run);
+    AddSelfDescription(app, run);
     try
     {
         app.parse(argc, argv);
