@@ -1,6 +1,6 @@
 """Builds and installs the bare library into a scratch prefix and uses it as a stranger would.
 
-Once as a shared and once as a static library: a small C program finds it by find_package and
+Once as a shared and once as a static library, and inside the build of another project: a small C program finds it by find_package and
 by pkg-config, and runs. The bare library asks for a compiler and CMake only, so every other package is
 hidden from it.
 """
@@ -169,6 +169,15 @@ class Install:
         self.assertEqual(run(program, env=environment), "1 0\n")
         self.assertEqual(run("pkg-config", "--modversion", "wrapton", env=environment), "1.0.0\n")
 
+    def test_pkg_config_knows_what_a_static_library_needs(self):
+        if shutil.which("pkg-config") is None:
+            self.skipTest("pkg-config is not installed")
+        environment = dict(os.environ, PKG_CONFIG_PATH=str(self.prefix / "lib" / "pkgconfig"))
+        flags = run("pkg-config", "--static", "--libs", "wrapton", env=environment).split()
+        self.assertLessEqual({"-lwrapton", "-lstdc++", "-lm", "-pthread"}, set(flags))
+        flags = run("pkg-config", "--libs", "wrapton", env=environment).split()
+        self.assertEqual("-lstdc++" in flags, not self.shared)
+
     def test_installs_its_files_and_no_others(self):
         installed = {str(path.relative_to(self.prefix)) for path in self.prefix.rglob("*") if not path.is_dir()}
         libraries = {"lib/libwrapton.so", "lib/libwrapton.so.1", "lib/libwrapton.so.1.0.0"}
@@ -189,6 +198,60 @@ class Install:
             }
             | (libraries if self.shared else {"lib/libwrapton.a"}),
         )
+
+
+FACE = """\
+#include <wrapton/wrapton.hpp>
+
+int main()
+{
+    return Orbel::Wrapton::Packager(Orbel::Wrapton::SG_STREAM_TYPE_WAV) ? 0 : 1;
+}
+"""
+
+PART_PROJECT = """\
+cmake_minimum_required(VERSION 3.25)
+project(stranger LANGUAGES CXX)
+{find}
+add_executable(stranger stranger.cpp)
+target_compile_features(stranger PRIVATE cxx_std_20)
+target_link_libraries(stranger PRIVATE wrapton::wrapton)
+install(TARGETS stranger)
+"""
+
+FETCH = f"""\
+include(FetchContent)
+FetchContent_Declare(wrapton SOURCE_DIR {ROOT})
+FetchContent_MakeAvailable(wrapton)
+"""
+
+
+class PartOfAnotherProject(unittest.TestCase):
+    """The source tree inside the build of a stranger."""
+
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory(prefix="wrapton-part-")
+        self.addCleanup(scratch.cleanup)
+        self.scratch = Path(scratch.name)
+
+    def configure(self, find, *definitions):
+        (self.scratch / "stranger.cpp").write_text(FACE)
+        (self.scratch / "CMakeLists.txt").write_text(PART_PROJECT.format(find=find))
+        hidden = [f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in HIDDEN]
+        configure(self.scratch, self.scratch / "build", *hidden, *definitions)
+
+    def test_add_subdirectory(self):
+        self.configure(f"add_subdirectory({ROOT} wrapton)")
+        # The library itself is built by the next test.
+        run(CMAKE, "--build", self.scratch / "build", "--target", "CMakeFiles/stranger.dir/stranger.cpp.o")
+
+    def test_fetch_content_builds_and_installs_the_program_alone(self):
+        self.configure(FETCH, "-DBUILD_SHARED_LIBS=OFF")
+        build(self.scratch / "build")
+        run(self.scratch / "build" / "stranger")
+        run(CMAKE, "--install", self.scratch / "build", "--prefix", self.scratch / "prefix")
+        installed = [path for path in (self.scratch / "prefix").rglob("*") if not path.is_dir()]
+        self.assertEqual([path.name for path in installed], ["stranger"])
 
 
 class SharedInstall(Install, unittest.TestCase):
