@@ -38,10 +38,12 @@
 #include "Wrapton.h"
 #include "wrapton_file.hpp"
 
+/// @cond
 template <>
 struct std::is_error_code_enum<Orbel::Wrapton::SG_ERR_TYPE> : std::true_type
 {
 };
+/// @endcond
 
 namespace Orbel::Wrapton
 {

@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(
     g++ cmake ninja-build pkg-config
     libavformat-dev libavcodec-dev libavutil-dev libcli11-dev nlohmann-json3-dev # the command
-    libgtest-dev python3 abigail-tools dpkg-dev                                  # the tests
+    libgtest-dev python3 abigail-tools doxygen dpkg-dev                          # the tests
     ffmpeg mkvtoolnix tshark                                                     # readers that are not ours
 )
 

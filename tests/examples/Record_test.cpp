@@ -114,6 +114,24 @@ TEST_F(Record, FailsWhenItCannotReadOrWrite)
     EXPECT_EQ(Run({"640 360 25", kCamera, "/dev/full"}), 1);
 }
 
+TEST_F(Record, IsMendedWithTheIndexThatWasKept)
+{
+    const std::string input = RECORD_MEDIA "/qvga_320x240_12fps.mjpeg";
+    const std::string output = Path("mended.mp4");
+    ASSERT_EQ(Run({"320 240 12", input, output}, MEND_PROGRAM), 0);
+
+    const Bytes file = Support::ReadFile(output);
+    const Readers::Mp4Movie movie = Readers::ReadMp4(file);
+    ASSERT_EQ(movie.tracks.size(), 1u);
+    const std::vector<Bytes> pictures = Support::JpegPictures(Support::ReadFile(input));
+    ASSERT_EQ(movie.tracks[0].samples.size(), pictures.size() - 1);  // the last one is lost
+    for (std::size_t i = 0; i + 1 < pictures.size(); ++i)
+        EXPECT_EQ(movie.tracks[0].samples[i].size, pictures[i].size()) << "picture " << i;
+
+    EXPECT_EQ(Run({}, MEND_PROGRAM), 2);
+    EXPECT_EQ(Run({"320 240 12", input, Path("missing/out.mp4")}, MEND_PROGRAM), 1);
+}
+
 TEST_F(Record, WritesEveryJpegPictureByTheHeaderForCxx)
 {
     const std::string input = RECORD_MEDIA "/qvga_320x240_12fps.mjpeg";

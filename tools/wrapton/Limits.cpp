@@ -60,7 +60,8 @@ std::vector<Limit> LimitsOf(const Container& container)
             return Mp4Limits(false);
         case SG_STREAM_TYPE_MKV:
             // Clusters last a second each and count it in 16 bits of milliseconds.
-            return {Time("cluster times", 66 * kSecond, "times start over every 65.536 seconds")};
+            return {Time("cluster times", 66 * kSecond, "times start over every 65.536 seconds"),
+                    Time("clusters", 102400 * kSecond, "frames are refused")};
         case SG_STREAM_TYPE_FLV:
         case SG_STREAM_TYPE_STREAM_FLV:
             return {Time("time stamps", (int64_t{1} << 24) * 1000, "times start over at 0"),
