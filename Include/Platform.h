@@ -8,10 +8,10 @@
 #ifndef WRAPTON_PLATFORM_H
 #define WRAPTON_PLATFORM_H
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <new>
@@ -169,7 +169,7 @@ public:
     {
         const std::size_t before = m_bytes.size();
         if (!ResizeUnset(size)) return false;
-        if (size > before) std::memset(m_bytes.data() + before, 0, size - before);
+        if (size > before) std::fill(m_bytes.data() + before, m_bytes.data() + m_bytes.size(), 0);
         return true;
     }
 
