@@ -178,7 +178,9 @@ public:
      *
      * @return false, with the packet unchanged, when there is no memory for @p size bytes
      */
-    bool ResizeUnset(std::size_t size) noexcept
+    [[gnu::noinline]]  // inlined, GCC 12 warns of overflows that cannot be
+    bool
+    ResizeUnset(std::size_t size) noexcept
     {
         try
         {
