@@ -128,9 +128,13 @@ class MediaTest(unittest.TestCase):
 FFMPEG = {"ffprobe": "ffmpeg", "ffmpeg": "ffmpeg"}  # tools and their Debian packages
 
 
+def missing_readers(tools=FFMPEG):
+    return [tool for tool in tools if shutil.which(tool) is None]
+
+
 def main(suite=None, tools=FFMPEG):
     """Runs the caller's tests, or says why they cannot be run here."""
-    missing = [tool for tool in tools if shutil.which(tool) is None]
+    missing = missing_readers(tools)
     if missing:
         packages = sorted({tools[tool] for tool in missing})
         print(f"skipped: {' and '.join(missing)} not found (Debian: {' '.join(packages)})")
