@@ -75,7 +75,11 @@ int CAviHdrlList::InitVideoStreamList(const SGVideoInfo* info) noexcept
 {
     if (info == nullptr) return SG_ERR_EMPTY_POINTER;
 
+    // Kept: without its flag the list has zero parameters, also after frames ahead of the header.
     fourcc_t codec = 0;
+    m_nWidth = 0;
+    m_nHeight = 0;
+    m_nFrameRate = 0;
     if (info->bVideo != 0)
     {
         codec = CodecCode(static_cast<uint32_t>(info->videoencode));

@@ -64,6 +64,26 @@ TEST(AviCallOrder, HeaderRecordReplacesTheStreamsOfEarlierFramesWithoutCountingT
         Same(recording.HeaderList(), Hdrl({avih.Chunk(), video.List(), audio.List(), Junk(1730)})));
 }
 
+// Kept: the time per frame stays, since a rate of 0 gives none.
+TEST(AviCallOrder, HeaderRecordWithoutFlagsZeroesTheStreamsOfEarlierFrames)
+{
+    Recording recording;
+    recording.Input(IFrame(100).Sized(16, 8).AtRate(5)).Input(Sound(50));
+    recording.Header(SGHeaderInfo{});
+    Avih avih;
+    avih.microSecPerFrame = 200000;
+    avih.maxBytesPerSec = 500;  // of the frame's own rate, until the next frame
+    avih.totalFrames = 1;
+    avih.streams = 2;
+    avih.suggestedBufferSize = 100;
+    VideoStrl video;
+    video.length = 1;
+    AudioStrl audio;
+    audio.length = 1;
+    EXPECT_TRUE(
+        Same(recording.HeaderList(), Hdrl({avih.Chunk(), video.List(), audio.List(), Junk(1730)})));
+}
+
 TEST(AviCallOrder, SecondTailerRewritesTheHeadersButNotTheIndex)
 {
     Recording recording;
