@@ -157,20 +157,15 @@ int CFlvPacket::CreateHeader(SGHeaderInfo* /*pHeader*/, unsigned int /*nReserved
 int CFlvPacket::InputData(SGFrameInfo* pFrame, unsigned int /*nReserved*/)
 {
     if (!IsFrame(pFrame)) return SG_ERR_PARAM_ERR;
+    const bool video = pFrame->frame_type == SG_FRAME_TYPE_VIDEO;
+    const bool audio = pFrame->frame_type == SG_FRAME_TYPE_AUDIO;
+    if (!video && !audio) return SG_ERR_PARAM_ERR;
     if (m_pOutBuffer == nullptr) return SG_ERR_MEMORY_OUT;
 
     // Kept: what becomes of a frame of these two kinds is not told.
-    switch (pFrame->frame_type)
-    {
-        case SG_FRAME_TYPE_VIDEO:
-            InputVideoData(pFrame);
-            return SG_ERR_NOERR;
-        case SG_FRAME_TYPE_AUDIO:
-            InputAudioData(pFrame);
-            return SG_ERR_NOERR;
-        default:
-            return SG_ERR_PARAM_ERR;
-    }
+    if (video) InputVideoData(pFrame);
+    if (audio) InputAudioData(pFrame);
+    return SG_ERR_NOERR;
 }
 
 void CFlvPacket::InputVideoData(const SGFrameInfo* pFrame)

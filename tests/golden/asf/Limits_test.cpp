@@ -77,6 +77,9 @@ TEST(AsfMemory, MissingRefusesFramesAndEmitsNothing)
         EXPECT_EQ(recorder.Input(Support::H264P(Payload(10))), SG_ERR_MEMORY_OUT);
         EXPECT_EQ(recorder.Input(Key(Payload(10))), SG_ERR_MEMORY_OUT);
         EXPECT_EQ(recorder.Input(Pcm16(Payload(10))), SG_ERR_MEMORY_OUT);
+        Support::Frame other = Key(Payload(10));
+        other.type = SG_FRAME_TYPE_EXT;
+        EXPECT_EQ(recorder.Input(other), SG_ERR_PARAM_ERR);
         EXPECT_EQ(recorder.Tailer(), SG_ERR_NOERR);
         EXPECT_TRUE(sink.Blocks().empty());
         EXPECT_EQ(recorder.Destroy(), SG_ERR_NOERR);

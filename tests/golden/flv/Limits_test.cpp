@@ -83,6 +83,9 @@ TEST(FlvMemory, MissingRefusesFramesAndTheTailer)
         EXPECT_EQ(recorder.Header(), SG_ERR_NOERR);
         EXPECT_EQ(recorder.Input(H264I(kIFrame)), SG_ERR_MEMORY_OUT);
         EXPECT_EQ(recorder.Input(Pcm16(Hex("11"))), SG_ERR_MEMORY_OUT);
+        Support::Frame other = H264I(kIFrame);
+        other.type = SG_FRAME_TYPE_EXT;
+        EXPECT_EQ(recorder.Input(other), SG_ERR_PARAM_ERR);
         EXPECT_EQ(recorder.Tailer(), type == SG_STREAM_TYPE_FLV ? SG_ERR_PARAM_ERR : SG_ERR_NOERR);
         EXPECT_TRUE(sink.Blocks().empty());
         EXPECT_EQ(recorder.Destroy(), SG_ERR_NOERR);
