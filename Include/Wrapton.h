@@ -342,7 +342,8 @@ extern "C" {
  * @return the handle, to be given back with SG_DestroyHandle(); null for SG_STREAM_TYPE_3GP,
  *         SG_STREAM_TYPE_TS, a container that this version does not build, an unknown number, and
  *         when there is no memory for the packager itself. When sg_malloc has no memory for its
- *         work buffer there is a handle, which refuses the header and every frame
+ *         work buffer there is a handle, which refuses every frame; the MP4 family and Matroska
+ *         refuse the header, too
  * @note Nothing is emitted.
  */
 WRAPTON_API void* SG_CreateHandle(unsigned int nType,
