@@ -219,10 +219,10 @@ public:
      * @param data, len, attrs as for inputFrame(), but that the date reaches the container as a
      *        packed word: second, minute, hour, day, month and year from bit 0, 6, 12, 17, 22 and
      * 26
-     * @param packet must be valid; grows as needed. Afterwards it is as long as what was packaged:
-     *        with "rtp" 0 after a refused frame, with "ts" 0 for a frame that is not sent. With
-     *        "ps", "qvps" and "gaysps" it has the length it had before, and getPacket() tells that
-     * of the block
+     * @param packet must be valid, may hold the frame itself, and grows as needed. Afterwards it is
+     *        as long as what was packaged: with "rtp" 0 after a refused frame that has bytes, with
+     *        "ts" 0 for a frame that is not sent. With "ps", "qvps" and "gaysps" it has the length
+     *        it had before, and getPacket() tells that of the block
      * @return as for inputFrame(); false alone, too, when the packet is not valid
      * @note "omf", "rtp" and the program streams leave a copy of the last block for getPacket().
      */

@@ -1,7 +1,9 @@
 #include "implement/WraptonImpl.h"
 
 #include <array>
+#include <cstdint>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 #include "implement/Defs.h"
@@ -79,6 +81,14 @@ const RtpParameter* FindParameter(const char* name)
         if (parameter.name == name) return &parameter;
     }
     return nullptr;
+}
+
+/// Whether a byte of the frame is one of the packet's, too.
+bool Overlap(const void* data, unsigned int len, const PacketBuffer& packet)
+{
+    const auto frame = reinterpret_cast<uintptr_t>(data);
+    const auto bytes = reinterpret_cast<uintptr_t>(packet.Data());
+    return frame < bytes ? len > bytes - frame : frame - bytes < packet.Size();
 }
 
 }  // namespace
@@ -164,7 +174,15 @@ bool CWrapton::inputFrameEx(const void* data,
     const bool done = Guarded(
         [&]
         {
-            CFrameRecord record(data, len, attrs, DateForm::kPacked, MakerKeys::kRead);
+            PacketBuffer moved;  // the frame, out of a packet that is written to and may grow
+            const void* frame = data;
+            if (data != nullptr && len != 0 && Overlap(data, len, packet))
+            {
+                if (!moved.ResizeUnset(len)) throw std::bad_alloc();
+                std::memcpy(moved.Data(), data, len);
+                frame = moved.Data();
+            }
+            CFrameRecord record(frame, len, attrs, DateForm::kPacked, MakerKeys::kRead);
             if (m_handle->InputData(record.Get(), packet) == SG_ERR_NOERR) return true;
 
             setLastError(errorParam);

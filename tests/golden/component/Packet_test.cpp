@@ -104,6 +104,36 @@ TEST(InputEx, LeavesABlockThatOutlivesThePacket)
     }
 }
 
+TEST(InputEx, TakesAFrameOutOfThePacketThatItWritesTo)
+{
+    const std::size_t size = kPicture.bytes.size();
+    FrameAttributes attrs = AttributesOf(kPicture);
+    attrs["year"] = 24;  // the current time may differ from one to the other
+    for (const char* type : {"omf", "rtp", "ts", "ps", "qvps", "gaysps"})
+    {
+        // The frame stands at the packet's front or within it; the packet has to grow or not.
+        for (const auto& [room, at] : {std::pair<std::size_t, std::size_t>{size, 0},
+                                       {size + 10000, 0},
+                                       {size + 10000, 30},
+                                       {size + 30, 30}})
+        {
+            PacketBuffer packet(room);
+            std::copy(kPicture.bytes.begin(), kPicture.bytes.end(), packet.Data() + at);
+            PacketBuffer apart(room);
+            std::copy(kPicture.bytes.begin(), kPicture.bytes.end(), apart.Data() + at);
+            const auto input = [&](const unsigned char* data, PacketBuffer& into)
+            {
+                const Stream stream = MakeStream(type);
+                EXPECT_TRUE(stream->setParam("rtp_ssrc", 1));
+                return stream->inputFrameEx(data, static_cast<unsigned int>(size), attrs, into);
+            };
+            EXPECT_TRUE(input(packet.Data() + at, packet));
+            EXPECT_TRUE(input(kPicture.bytes.data(), apart));
+            EXPECT_TRUE(Same(BytesOf(packet), BytesOf(apart))) << type << " " << room << " " << at;
+        }
+    }
+}
+
 TEST(InputEx, LeavesABlockOfInputFrameWaitingWhereItGivesNone)
 {
     const Stream stream = MakeStream("flv");
