@@ -44,6 +44,16 @@ public:
         if (place != nullptr && count != 0) std::memset(place, value, count);
     }
 
+    /// The room behind what was produced, empty after an overrun. Bytes that are put there become
+    /// a part of the layout by Skip().
+    [[nodiscard]] std::span<unsigned char> Left() const noexcept
+    {
+        return Overrun() ? std::span<unsigned char>() : m_room.subspan(m_nProduced);
+    }
+
+    /// Counts @p count bytes that stand in their place already.
+    void Skip(size_t count) noexcept { m_nProduced += count; }
+
     /// The next @p count bytes, for a loop of its own to fill: it has to write all of them. Empty
     /// when they do not fit.
     [[nodiscard]] std::span<unsigned char> Claimed(size_t count) noexcept

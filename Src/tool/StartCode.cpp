@@ -16,62 +16,69 @@ bool HasAvx2()
     return __builtin_cpu_supports("avx2") != 0;
 }
 
-size_t Scan(const unsigned char* data, size_t size)
+size_t Scan(const ScanRange& range)
 {
-    return HasAvx2() ? ScanAvx2<false>(data, size, nullptr) : ScanSse2<false>(data, size, nullptr);
+    return HasAvx2() ? ScanAvx2<false>(range, nullptr) : ScanSse2<false>(range, nullptr);
 }
 
-size_t ScanAndCopy(const unsigned char* data, size_t size, unsigned char* to)
+size_t ScanAndCopy(const ScanRange& range, unsigned char* to)
 {
-    return HasAvx2() ? ScanAvx2<true>(data, size, to) : ScanSse2<true>(data, size, to);
+    return HasAvx2() ? ScanAvx2<true>(range, to) : ScanSse2<true>(range, to);
+}
+
+/// @p size bytes of @p data from @p from on, or as many as there are.
+ScanRange RangeOf(std::span<const unsigned char> data, size_t from, size_t size)
+{
+    const size_t rest = data.size() - from;
+    const size_t length = std::min(size, rest);
+    return {data.data() + from, length, std::min(kStartCodeAhead, rest - length)};
 }
 
 /// Scans a part that stays in the first-level cache and copies it then: frames that come from
 /// memory are copied faster by memcpy(), which knows how to fetch ahead, than by the loop that
 /// scans.
-size_t ScanAndCopyParts(const unsigned char* data, size_t size, unsigned char* to)
+size_t ScanAndCopyParts(const ScanRange& range, unsigned char* to)
 {
     constexpr size_t kPart = 4096;
-    constexpr size_t kOverlap = 3;  // a start code that begins in a part may end in the next
 
-    for (size_t at = 0; at < size;)
+    const std::span<const unsigned char> seen(range.data, range.size + range.ahead);
+    for (size_t at = 0; at < range.size;)
     {
-        const size_t part = std::min(kPart, size - at);
-        const size_t seen = std::min(kPart + kOverlap, size - at);
-        const size_t place = Scan(data + at, seen);
-        const bool found = place != seen;
-        const size_t length = found ? place : part;
-        if (length != 0) std::memcpy(to + at, data + at, length);
-        if (found) return at + place;
-        at += part;
+        const ScanRange part = RangeOf(seen, at, std::min(kPart, range.size - at));
+        const size_t length = Scan(part);
+        if (length != 0) std::memcpy(to + at, part.data, length);
+        at += length;
+        if (length != part.size) return at;
     }
-    return size;
+    return range.size;
 }
 
-StartCode At(std::span<const unsigned char> data, size_t begin)
+/// What a scan of @p range, which begins at @p from, found at @p place.
+StartCode At(const ScanRange& range, size_t from, size_t place)
 {
-    if (begin == data.size()) return {begin, begin};
-    return {begin, begin + (data[begin + 2] == 1 ? 3u : 4u)};
+    const size_t begin = from + place;
+    if (place == range.size) return {begin, begin};
+    return {begin, begin + (range.data[place + 2] == 1 ? 3u : 4u)};
 }
 
 }  // namespace
 
-StartCode FindStartCode(std::span<const unsigned char> data, size_t from) noexcept
+StartCode FindStartCode(std::span<const unsigned char> data, size_t from, size_t most) noexcept
 {
-    return At(data, from + Scan(data.data() + from, data.size() - from));
+    const ScanRange range = RangeOf(data, from, most);
+    return At(range, from, Scan(range));
 }
 
 StartCode CopyToStartCode(std::span<const unsigned char> data,
                           size_t from,
-                          unsigned char* to) noexcept
+                          unsigned char* to,
+                          size_t most) noexcept
 {
     constexpr size_t kLarge = 256u << 10;  // frames that no cache near the processor holds
 
-    const size_t size = data.size() - from;
-    const unsigned char* const begin = data.data() + from;
-    return At(
-        data,
-        from + (size < kLarge ? ScanAndCopy(begin, size, to) : ScanAndCopyParts(begin, size, to)));
+    const ScanRange range = RangeOf(data, from, most);
+    const bool large = data.size() - from >= kLarge;
+    return At(range, from, large ? ScanAndCopyParts(range, to) : ScanAndCopy(range, to));
 }
 
 }  // namespace Orbel::Wrapton

@@ -2,6 +2,7 @@
 #define WRAPTON_TOOL_STARTCODE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 
 namespace Orbel::Wrapton
@@ -15,15 +16,22 @@ struct StartCode
     size_t unit;
 };
 
+constexpr size_t kToTheEnd = SIZE_MAX;
+
 /// The first start code at or behind @p from; both places are the data's end when there is none. A
 /// three-byte start code in the very last three bytes is not seen as one.
-StartCode FindStartCode(std::span<const unsigned char> data, size_t from) noexcept;
+/// @param most a start code that begins as many bytes behind @p from or later is not looked for:
+///        both places are then there
+StartCode FindStartCode(std::span<const unsigned char> data,
+                        size_t from,
+                        size_t most = kToTheEnd) noexcept;
 
-/// The same, with the bytes between @p from and the start code copied to @p to on the way. Nothing
-/// behind them is written.
+/// The same, with the bytes between @p from and the place that is found copied to @p to on the way.
+/// Nothing behind them is written.
 StartCode CopyToStartCode(std::span<const unsigned char> data,
                           size_t from,
-                          unsigned char* to) noexcept;
+                          unsigned char* to,
+                          size_t most = kToTheEnd) noexcept;
 
 }  // namespace Orbel::Wrapton
 

@@ -24,8 +24,7 @@ namespace Orbel::Wrapton
 namespace
 {
 
-/// Bytes that a start code is recognised by, less its first.
-constexpr size_t kAhead = 3;
+constexpr size_t kAhead = kStartCodeAhead;
 constexpr size_t kNone = SIZE_MAX;
 
 bool IsStartCode(const unsigned char* at)
@@ -100,25 +99,28 @@ uint64_t Zeros128(__m128i bytes)
 }  // namespace
 
 template <bool kCopies>
-size_t ScanPlain(const unsigned char* data, size_t size, unsigned char* to) noexcept
+size_t ScanPlain(const ScanRange& range, unsigned char* to) noexcept
 {
-    for (size_t at = 0; at + kAhead < size; ++at)
+    const size_t seen = range.size + range.ahead;
+    for (size_t at = 0; at + kAhead < seen; ++at)
     {
-        if (IsStartCode(data + at)) return Finish<kCopies>(data, 0, at, to);
+        if (IsStartCode(range.data + at)) return Finish<kCopies>(range.data, 0, at, to);
     }
-    return Finish<kCopies>(data, 0, size, to);
+    return Finish<kCopies>(range.data, 0, range.size, to);
 }
 
 template <bool kCopies>
-size_t ScanSse2(const unsigned char* data, size_t size, unsigned char* to) noexcept
+size_t ScanSse2(const ScanRange& range, unsigned char* to) noexcept
 {
     constexpr size_t kVector = sizeof(__m128i);
     constexpr size_t kBlock = 4 * kVector;
 
-    if (size < kVector + kAhead) return ScanPlain<kCopies>(data, size, to);
+    const unsigned char* const data = range.data;
+    const size_t seen = range.size + range.ahead;
+    if (seen < kVector + kAhead) return ScanPlain<kCopies>(range, to);
 
     size_t at = 0;
-    for (; size - at >= kBlock + kAhead; at += kBlock)
+    for (; seen - at >= kBlock + kAhead; at += kBlock)
     {
         const unsigned char* const from = data + at;
         const __m128i first = Load128(from);
@@ -146,9 +148,9 @@ size_t ScanSse2(const unsigned char* data, size_t size, unsigned char* to) noexc
             Store128(to + at + 3 * kVector, fourth);
         }
     }
-    while (size - at > kAhead)
+    while (seen - at > kAhead)
     {
-        const size_t back = std::min(at, size - kVector - kAhead);
+        const size_t back = std::min(at, seen - kVector - kAhead);
         const __m128i bytes = Load128(data + back);
         const size_t place = FirstOf(Zeros128(Pairs128(bytes, data + back)), data, back);
         if (place != kNone) return Finish<kCopies>(data, at, place, to);
@@ -156,26 +158,26 @@ size_t ScanSse2(const unsigned char* data, size_t size, unsigned char* to) noexc
         if (kCopies) Store128(to + back, bytes);
         at = back + kVector;
     }
-    return Finish<kCopies>(data, at, size, to);
+    return Finish<kCopies>(data, at, range.size, to);
 }
 
 template <bool kCopies>
-[[gnu::target("avx2")]] size_t ScanAvx2(const unsigned char* data,
-                                        size_t size,
-                                        unsigned char* to) noexcept
+[[gnu::target("avx2")]] size_t ScanAvx2(const ScanRange& range, unsigned char* to) noexcept
 {
     constexpr size_t kVector = sizeof(__m256i);
     constexpr size_t kBlock = 4 * kVector;
     constexpr size_t kFetchAhead =
         1024;  // the stores keep the processor from looking as far itself
 
-    if (size < kVector + kAhead) return ScanSse2<kCopies>(data, size, to);
+    const unsigned char* const data = range.data;
+    const size_t seen = range.size + range.ahead;
+    if (seen < kVector + kAhead) return ScanSse2<kCopies>(range, to);
 
     size_t at = 0;
-    for (; size - at >= kBlock + kAhead; at += kBlock)
+    for (; seen - at >= kBlock + kAhead; at += kBlock)
     {
         const unsigned char* const from = data + at;
-        if (kCopies && size - at > kFetchAhead)
+        if (kCopies && seen - at > kFetchAhead)
         {
             _mm_prefetch(reinterpret_cast<const char*>(from + kFetchAhead), _MM_HINT_T0);
             _mm_prefetch(reinterpret_cast<const char*>(from + kFetchAhead + 64), _MM_HINT_T0);
@@ -208,9 +210,9 @@ template <bool kCopies>
             Store256(to + at + 3 * kVector, fourth);
         }
     }
-    while (size - at > kAhead)
+    while (seen - at > kAhead)
     {
-        const size_t back = std::min(at, size - kVector - kAhead);
+        const size_t back = std::min(at, seen - kVector - kAhead);
         const __m256i bytes = Load256(data + back);
         const size_t place = FirstOf(Zeros256(Pairs256(bytes, data + back)), data, back);
         if (place != kNone) return Finish<kCopies>(data, at, place, to);
@@ -218,14 +220,14 @@ template <bool kCopies>
         if (kCopies) Store256(to + back, bytes);
         at = back + kVector;
     }
-    return Finish<kCopies>(data, at, size, to);
+    return Finish<kCopies>(data, at, range.size, to);
 }
 
-template size_t ScanPlain<false>(const unsigned char*, size_t, unsigned char*) noexcept;
-template size_t ScanPlain<true>(const unsigned char*, size_t, unsigned char*) noexcept;
-template size_t ScanSse2<false>(const unsigned char*, size_t, unsigned char*) noexcept;
-template size_t ScanSse2<true>(const unsigned char*, size_t, unsigned char*) noexcept;
-template size_t ScanAvx2<false>(const unsigned char*, size_t, unsigned char*) noexcept;
-template size_t ScanAvx2<true>(const unsigned char*, size_t, unsigned char*) noexcept;
+template size_t ScanPlain<false>(const ScanRange&, unsigned char*) noexcept;
+template size_t ScanPlain<true>(const ScanRange&, unsigned char*) noexcept;
+template size_t ScanSse2<false>(const ScanRange&, unsigned char*) noexcept;
+template size_t ScanSse2<true>(const ScanRange&, unsigned char*) noexcept;
+template size_t ScanAvx2<false>(const ScanRange&, unsigned char*) noexcept;
+template size_t ScanAvx2<true>(const ScanRange&, unsigned char*) noexcept;
 
 }  // namespace Orbel::Wrapton

@@ -6,28 +6,38 @@
 namespace Orbel::Wrapton
 {
 
+/// Bytes that a start code is recognised by, less its first.
+constexpr size_t kStartCodeAhead = 3;
+
+/// What a scan goes over.
+struct ScanRange
+{
+    const unsigned char* data;
+    size_t size;
+    /// Bytes behind these that may be looked at, to recognise a start code which begins among the
+    /// last; at most kStartCodeAhead.
+    size_t ahead;
+};
+
 /**
  * The loops under FindStartCode() and CopyToStartCode(). All of them do the same: the plain one
- * says what, the others are it with vectors. None reads behind @p size or writes behind the bytes
+ * says what, the others are it with vectors. None reads behind the range or writes behind the bytes
  * that it copies.
  *
  * @param to receives the bytes ahead of the start code; not looked at where nothing is copied
- * @return where the first start code begins, counting the zero byte of the four-byte form; @p size
- *         when there is none. A three-byte start code in the very last three bytes is none
+ * @return where the first start code begins, counting the zero byte of the four-byte form; the
+ *         range's size when there is none. A three-byte start code in the very last three bytes
+ *         that may be looked at is none
  */
-using StartCodeScan = size_t (*)(const unsigned char* data,
-                                 size_t size,
-                                 unsigned char* to) noexcept;
+using StartCodeScan = size_t (*)(const ScanRange& range, unsigned char* to) noexcept;
 
 template <bool kCopies>
-size_t ScanPlain(const unsigned char* data, size_t size, unsigned char* to) noexcept;
+size_t ScanPlain(const ScanRange& range, unsigned char* to) noexcept;
 template <bool kCopies>
-size_t ScanSse2(const unsigned char* data, size_t size, unsigned char* to) noexcept;
+size_t ScanSse2(const ScanRange& range, unsigned char* to) noexcept;
 /// For processors that have AVX2 only.
 template <bool kCopies>
-[[gnu::target("avx2")]] size_t ScanAvx2(const unsigned char* data,
-                                        size_t size,
-                                        unsigned char* to) noexcept;
+[[gnu::target("avx2")]] size_t ScanAvx2(const ScanRange& range, unsigned char* to) noexcept;
 
 }  // namespace Orbel::Wrapton
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <string>
 
 #include "support/Bytes.h"
 #include "support/Chance.h"
@@ -50,26 +51,38 @@ private:
     std::size_t m_alignment;
 };
 
-/// Runs a copying scan into an allocation of the data's size: what it copied, and nothing behind
+/// What a range holds, by the definition of a start code.
+std::size_t Expected(const ScanRange& range)
+{
+    for (std::size_t at = 0; at + 3 < range.size + range.ahead; ++at)
+    {
+        const unsigned char* const code = range.data + at;
+        const bool short_form = code[0] == 0 && code[1] == 0 && code[2] == 1;
+        const bool long_form = code[0] == 0 && code[1] == 0 && code[2] == 0 && code[3] == 1;
+        if (short_form || long_form) return at;
+    }
+    return range.size;
+}
+
+/// Runs a copying scan into an allocation of the range's size: what it copied, and nothing behind
 /// it.
 ::testing::AssertionResult CopiesUpTo(StartCodeScan scan,
-                                      const unsigned char* data,
-                                      std::size_t size,
+                                      const ScanRange& range,
                                       std::size_t expected)
 {
-    const auto to = std::make_unique<unsigned char[]>(size);
-    std::fill_n(to.get(), size, kUntouched);
-    const std::size_t place = scan(data, size, to.get());
+    const auto to = std::make_unique<unsigned char[]>(range.size);
+    std::fill_n(to.get(), range.size, kUntouched);
+    const std::size_t place = scan(range, to.get());
     if (place != expected)
     {
         return ::testing::AssertionFailure() << "found at " << place << ", not " << expected;
     }
-    if (!std::equal(to.get(), to.get() + place, data))
+    if (!std::equal(to.get(), to.get() + place, range.data))
     {
         return ::testing::AssertionFailure() << "copied other bytes";
     }
     if (!std::all_of(to.get() + place,
-                     to.get() + size,
+                     to.get() + range.size,
                      [](unsigned char byte) { return byte == kUntouched; }))
     {
         return ::testing::AssertionFailure() << "wrote behind the copy";
@@ -77,15 +90,26 @@ private:
     return ::testing::AssertionSuccess();
 }
 
+void ExpectAllAgree(const ScanRange& range)
+{
+    const std::size_t expected = Expected(range);
+    const std::string of = std::to_string(range.size) + "+" + std::to_string(range.ahead);
+    EXPECT_EQ(ScanPlain<false>(range, nullptr), expected) << of;
+    EXPECT_EQ(ScanSse2<false>(range, nullptr), expected) << of;
+    EXPECT_TRUE(CopiesUpTo(ScanPlain<true>, range, expected)) << of;
+    EXPECT_TRUE(CopiesUpTo(ScanSse2<true>, range, expected)) << of;
+    if (!HasAvx2()) return;
+    EXPECT_EQ(ScanAvx2<false>(range, nullptr), expected) << of;
+    EXPECT_TRUE(CopiesUpTo(ScanAvx2<true>, range, expected)) << of;
+}
+
+/// Every way to end a range with the bytes at @p data: from the one that takes them all on.
 void ExpectAllAgree(const unsigned char* data, std::size_t size)
 {
-    const std::size_t expected = ScanPlain<false>(data, size, nullptr);
-    EXPECT_EQ(ScanSse2<false>(data, size, nullptr), expected) << "of " << size;
-    EXPECT_TRUE(CopiesUpTo(ScanPlain<true>, data, size, expected)) << "of " << size;
-    EXPECT_TRUE(CopiesUpTo(ScanSse2<true>, data, size, expected)) << "of " << size;
-    if (!HasAvx2()) return;
-    EXPECT_EQ(ScanAvx2<false>(data, size, nullptr), expected) << "of " << size;
-    EXPECT_TRUE(CopiesUpTo(ScanAvx2<true>, data, size, expected)) << "of " << size;
+    for (std::size_t ahead = 0; ahead <= std::min(kStartCodeAhead, size); ++ahead)
+    {
+        ExpectAllAgree({data, size - ahead, ahead});
+    }
 }
 
 TEST(StartCodeScan, AgreesWithThePlainLoopOnRandomBytes)
@@ -94,6 +118,7 @@ TEST(StartCodeScan, AgreesWithThePlainLoopOnRandomBytes)
     for (int round = 0; round < 1000000; ++round)
     {
         const std::size_t size = chance.Below(round % 16 == 0 ? 600 : 80);
+        const std::size_t ahead = std::min<std::size_t>(chance.Below(4), size);
         // From nearly nothing but zeros to data in which zeros are as rare as in coded pictures.
         const uint32_t rarity = chance.OneOf({2, 3, 4, 8, 30, 250});
         Bytes bytes(size);
@@ -104,7 +129,7 @@ TEST(StartCodeScan, AgreesWithThePlainLoopOnRandomBytes)
         }
         const auto exact = std::make_unique<unsigned char[]>(size);
         std::copy(bytes.begin(), bytes.end(), exact.get());
-        ExpectAllAgree(exact.get(), size);
+        ExpectAllAgree({exact.get(), size - ahead, ahead});
         if (::testing::Test::HasFailure()) return;
     }
 }
@@ -187,6 +212,35 @@ TEST(FindStartCode, DoesNotTakeAZeroAheadOfTheSearchForTheLongForm)
     EXPECT_EQ(FindStartCode(data, 1).begin, 1u);
     EXPECT_EQ(FindStartCode(data, 1).unit, 4u);
     EXPECT_EQ(FindStartCode(data, 2).begin, 5u);
+}
+
+TEST(FindStartCode, LooksForCodesThatBeginAheadOfABound)
+{
+    const Bytes data = Support::Hex("11 00 00 01 22 00 00 00 01 33");
+    EXPECT_EQ(FindStartCode(data, 0, 0).begin, 0u);
+    EXPECT_EQ(FindStartCode(data, 0, 1).begin, 1u);
+    EXPECT_EQ(FindStartCode(data, 0, 1).unit, 1u) << "a bound is no start code";
+    EXPECT_EQ(FindStartCode(data, 0, 2).begin, 1u) << "recognised by bytes behind the bound";
+    EXPECT_EQ(FindStartCode(data, 0, 2).unit, 4u);
+    EXPECT_EQ(FindStartCode(data, 4, 1).unit, 5u);
+    EXPECT_EQ(FindStartCode(data, 4, 2).unit, 9u);
+    EXPECT_EQ(FindStartCode(data, 9, 1).begin, data.size());
+    EXPECT_EQ(FindStartCode(data, 9, 2).begin, data.size());
+}
+
+TEST(CopyToStartCode, StopsAtItsBoundInFramesOfEverySize)
+{
+    for (const std::size_t size : {std::size_t{2000}, std::size_t{600 << 10}})
+    {
+        const Bytes data = Support::Payload(size);
+        for (const std::size_t most : {std::size_t{0}, std::size_t{1}, std::size_t{981}, size - 7})
+        {
+            Bytes to(most + 1, kUntouched);
+            EXPECT_EQ(CopyToStartCode(data, 5, to.data(), most).begin, 5 + most);
+            EXPECT_TRUE(std::equal(to.begin(), to.end() - 1, data.begin() + 5));
+            EXPECT_EQ(to.back(), kUntouched);
+        }
+    }
 }
 
 TEST(CopyToStartCode, AgreesWithTheSearchAroundEveryPartOfALargeFrame)
