@@ -141,13 +141,6 @@ void PutAudioPes(CMsbCursor& w, std::span<const unsigned char> payload, uint64_t
     w.Bytes(payload.first(length));
 }
 
-size_t AudioPesLen(std::span<const unsigned char> payload)
-{
-    CMsbCursor measure;
-    PutAudioPes(measure, payload, 0);
-    return measure.Produced();
-}
-
 uint32_t FrameTicks(uint32_t frame_rate)
 {
     return frame_rate == 0 ? 0 : kSystemClock / frame_rate;

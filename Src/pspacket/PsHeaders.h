@@ -12,7 +12,6 @@ namespace Orbel::Wrapton
 
 constexpr uint32_t kPackHeaderLen = 14;
 constexpr uint32_t kSystemHeaderLen = 18;
-constexpr uint32_t kStreamMapLen = 36;
 /// PES headers with a PTS, and with a PTS and a DTS.
 constexpr uint32_t kPtsHeaderLen = 14;
 constexpr uint32_t kPtsDtsHeaderLen = 19;
@@ -64,8 +63,6 @@ void PutPtsDtsHeader(CMsbCursor& w, uint32_t payload_len, uint64_t pts, uint64_t
 
 /// PES packet of audio: header and as much of @p payload as the capacity leaves room for.
 void PutAudioPes(CMsbCursor& w, std::span<const unsigned char> payload, uint64_t pts);
-/// Its length.
-size_t AudioPesLen(std::span<const unsigned char> payload);
 
 /// The 90 kHz ticks of one frame; 0 when the rate is not known.
 uint32_t FrameTicks(uint32_t frame_rate);

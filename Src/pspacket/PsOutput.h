@@ -7,6 +7,7 @@
 #include <span>
 
 #include "Platform.h"
+#include "tool/ByteCursor.h"
 #include "tool/CacheLine.h"
 
 namespace Orbel::Wrapton
@@ -56,10 +57,39 @@ public:
         return length <= m_buffer.size() ? m_buffer.first(length) : std::span<unsigned char>();
     }
 
+    /// Writes a frame whose length is not known ahead. @p layout fills a cursor, with the same
+    /// bytes whenever it is called. @return the length; 0 when there is not as much room. A packet
+    /// is as it was then.
+    template <class Layout>
+    [[nodiscard]] size_t Write(const Layout& layout)
+    {
+        if (m_pPacket != nullptr)
+        {
+            CMsbCursor measure;
+            layout(measure);
+            return Claim(measure.Produced()).empty() ? 0 : Fill(layout);
+        }
+        const auto whole = m_buffer;
+        if (m_ahead.has_value()) m_buffer = AlignPayload(whole, *m_ahead, 0);
+        const size_t length = Fill(layout);
+        if (length != 0 || m_buffer.size() == whole.size()) return length;
+
+        m_buffer = whole;
+        return Fill(layout);
+    }
+
     /// What was written, from its first byte on.
     [[nodiscard]] const unsigned char* Data() const noexcept { return m_buffer.data(); }
 
 private:
+    template <class Layout>
+    size_t Fill(const Layout& layout)
+    {
+        CMsbCursor w(m_buffer);
+        layout(w);
+        return w.Overrun() || w.Produced() > INT_MAX ? 0 : w.Produced();
+    }
+
     std::span<unsigned char> m_buffer;
     std::optional<size_t> m_ahead;
     PacketBuffer* m_pPacket = nullptr;

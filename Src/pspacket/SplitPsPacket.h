@@ -21,32 +21,37 @@ public:
     int Packet_P_frame(const SGFrameInfo* pFrame, CPsOutput& output, int& nLength) final;
 
 protected:
-    CSplitPsPacket(uint32_t nDts, uint32_t nVideoPts, uint32_t nMapLen)
-        : m_Video(nDts, nVideoPts), m_nMapLen(nMapLen)
+    CSplitPsPacket(uint32_t nDts, uint32_t nVideoPts)
+        : m_pictures{.m_Video = CVideoPackets(nDts, nVideoPts)}
     {
     }
 
-    /// The map as @p frame carries it, m_nMapLen bytes.
+    /// The map as @p frame carries it.
     virtual void PutMap(CMsbCursor& w, const SGFrameInfo& frame) const = 0;
 
-    /// Room for an audio frame: pack header, map when there is one, PES.
-    static std::span<unsigned char> ClaimAudio(CPsOutput& output,
-                                               const SGFrameInfo& frame,
-                                               uint32_t map_len);
-    /// Fills it. The pack header repeats the clock of the last picture.
-    [[nodiscard]] int PutAudio(std::span<unsigned char> room,
+    /// Writes an audio frame: pack header, map when there is one, PES. The pack header repeats the
+    /// clock of the last picture. @return the length; 0 without room
+    [[nodiscard]] int PutAudio(CPsOutput& output,
                                const SGFrameInfo& frame,
                                bool with_map,
                                uint32_t pts) const;
 
-    CVideoPackets m_Video;
-    const uint32_t m_nMapLen;
-    // Of the last I frame.
-    uint32_t m_nFrameRate = 25;
-    uint16_t m_nWidth = 352;
-    uint16_t m_nHeight = 288;
-    uint16_t m_nVideoEncode = 0;
-    uint32_t m_VideoCount = 0;  // pictures packaged
+    /// What a picture changes; one that is refused changes nothing.
+    struct Pictures
+    {
+        CVideoPackets m_Video;
+        // Of the last I frame.
+        uint32_t m_nFrameRate = 25;
+        uint16_t m_nWidth = 352;
+        uint16_t m_nHeight = 288;
+        uint16_t m_nVideoEncode = 0;
+        uint32_t m_VideoCount = 0;  // pictures packaged
+    };
+    Pictures m_pictures;
+
+private:
+    /// Writes a picture. @return the length; 0 without room
+    int PutPicture(const SGFrameInfo& frame, CPsOutput& output, bool with_headers);
 };
 
 }  // namespace Orbel::Wrapton

@@ -1,9 +1,9 @@
 #ifndef WRAPTON_PSPACKET_VIDEOPACKETS_H
 #define WRAPTON_PSPACKET_VIDEOPACKETS_H
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "tool/ByteCursor.h"
 
@@ -22,29 +22,25 @@ class CVideoPackets
 public:
     CVideoPackets(uint32_t nDts, uint32_t nVideoPts) : m_nDts(nDts), m_nVideoPts(nVideoPts) {}
 
-    /// Finds where @p frame splits; a frame that is not to be split is cut by length alone.
-    /// @return the length of its packets, which Put() writes
-    [[nodiscard]] size_t Plan(std::span<const unsigned char> frame, bool split);
-
     /// Moves the clocks by @p ticks.
     void Advance(uint32_t ticks);
 
-    /// The PES packets of the frame planned last. The first packet of all carries the DTS.
-    void Put(CMsbCursor& w, std::span<const unsigned char> frame);
+    /// The PES packets of a picture; one that is not to be @p split is cut by length alone.
+    void Put(CMsbCursor& w, std::span<const unsigned char> frame, bool split) const;
+    /// They are written: the first packet of all carried the DTS, those from now on do not.
+    void Settle() { m_bFirst = false; }
 
     [[nodiscard]] uint32_t Scr() const { return m_nScrb; }
     [[nodiscard]] uint32_t VideoPts() const { return m_nVideoPts; }
 
 private:
-    void PutPackets(CMsbCursor& w, std::span<const unsigned char> frame) const;
-    void PutPacket(CMsbCursor& w, std::span<const unsigned char> payload, bool with_dts) const;
+    void PutHeader(CMsbCursor& w, uint32_t payload_len, bool with_dts) const;
 
     // In 90 kHz units, of which 32 bits are kept.
     uint32_t m_nScrb = 0;
     uint32_t m_nDts;
     uint32_t m_nVideoPts;
-    bool m_bFirst = true;              // no packet has been written
-    std::vector<uint32_t> m_nal_list;  // where the frame's four-byte start codes begin
+    bool m_bFirst = true;  // no packet has been written
 };
 
 }  // namespace Orbel::Wrapton

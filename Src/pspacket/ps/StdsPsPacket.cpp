@@ -13,7 +13,7 @@ constexpr uint32_t kAudioFramesPerMap = 25;
 
 }  // namespace
 
-CStdsPsPacket::CStdsPsPacket() : CSplitPsPacket(kFirstDts, kFirstPts, kStreamMapLen) {}
+CStdsPsPacket::CStdsPsPacket() : CSplitPsPacket(kFirstDts, kFirstPts) {}
 
 int CStdsPsPacket::Packet_Audio_frame(const SGFrameInfo* pFrame,
                                       CPsOutput& output,
@@ -26,11 +26,10 @@ int CStdsPsPacket::Packet_Audio_frame(const SGFrameInfo* pFrame,
 
     // Kept: the count moves with a map only, so the first such frame is the only one to carry it.
     const bool with_map = bWithMap && m_AudioCount % kAudioFramesPerMap == 0;
-    const auto room = ClaimAudio(output, *pFrame, with_map ? m_nMapLen : 0);
-    if (room.empty()) return SG_ERR_PARAM_ERR;
+    nLength = PutAudio(output, *pFrame, with_map, m_pictures.m_Video.VideoPts());
+    if (nLength == 0) return SG_ERR_PARAM_ERR;
 
     if (with_map) ++m_AudioCount;
-    nLength = PutAudio(room, *pFrame, with_map, m_Video.VideoPts());
     return nLength;
 }
 
@@ -39,9 +38,9 @@ void CStdsPsPacket::PutMap(CMsbCursor& w, const SGFrameInfo& frame) const
     const bool mpeg4 = frame.frame_encode == SG_ENCODE_VIDEO_MPEG4;
     PutStreamMap(w,
                  {.video_stream_type = mpeg4 ? kStreamTypeMpeg4 : kStreamTypeH264,
-                  .frame_rate = m_nFrameRate,
-                  .width = m_nWidth,
-                  .height = m_nHeight});
+                  .frame_rate = m_pictures.m_nFrameRate,
+                  .width = m_pictures.m_nWidth,
+                  .height = m_pictures.m_nHeight});
 }
 
 }  // namespace Orbel::Wrapton

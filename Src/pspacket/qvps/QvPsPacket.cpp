@@ -22,7 +22,7 @@ bool IsAudioPackable(const SGFrameInfo& frame)
 
 }  // namespace
 
-CQvPsPacket::CQvPsPacket() : CSplitPsPacket(kFirstDts, kFirstPts, kQvMapLen) {}
+CQvPsPacket::CQvPsPacket() : CSplitPsPacket(kFirstDts, kFirstPts) {}
 
 int CQvPsPacket::Packet_Audio_frame(const SGFrameInfo* pFrame,
                                     CPsOutput& output,
@@ -33,35 +33,34 @@ int CQvPsPacket::Packet_Audio_frame(const SGFrameInfo* pFrame,
     if (!HasData(pFrame)) return kRefused;
     if (!IsAudioPackable(*pFrame)) return kRefused;
 
-    const bool with_map = m_AudioCount % kAudioFramesPerMap == 0;
-    const auto room = ClaimAudio(output, *pFrame, with_map ? m_nMapLen : 0);
-    if (room.empty()) return kRefused;
-
-    m_nAudioEncode = static_cast<uint16_t>(pFrame->frame_encode);
-    m_nSampleRate = pFrame->sample_rate;
-    m_nBitPerSample = static_cast<uint16_t>(pFrame->bit_per_sample);
-    m_nChannels = static_cast<uint16_t>(pFrame->channels);
-    ++m_AudioCount;
-    m_nAudioPts += GetDuration(pFrame);
-    nLength = PutAudio(room, *pFrame, with_map, m_nAudioPts);
-    return nLength;
+    const bool with_map = m_sound.m_AudioCount % kAudioFramesPerMap == 0;
+    const Sound before = m_sound;
+    m_sound.m_nAudioEncode = static_cast<uint16_t>(pFrame->frame_encode);
+    m_sound.m_nSampleRate = pFrame->sample_rate;
+    m_sound.m_nBitPerSample = static_cast<uint16_t>(pFrame->bit_per_sample);
+    m_sound.m_nChannels = static_cast<uint16_t>(pFrame->channels);
+    ++m_sound.m_AudioCount;
+    m_sound.m_nAudioPts += GetDuration(pFrame);
+    nLength = PutAudio(output, *pFrame, with_map, m_sound.m_nAudioPts);
+    if (nLength == 0) m_sound = before;
+    return nLength != 0 ? nLength : kRefused;
 }
 
 void CQvPsPacket::PutMap(CMsbCursor& w, const SGFrameInfo& frame) const
 {
     const uint32_t date = Date(frame);
     PutQvMap(w,
-             {.video_encode = m_nVideoEncode,
+             {.video_encode = m_pictures.m_nVideoEncode,
               .frame_encode = frame.frame_encode,
-              .width = m_nWidth,
-              .height = m_nHeight,
-              .frame_rate = m_nFrameRate,
+              .width = m_pictures.m_nWidth,
+              .height = m_pictures.m_nHeight,
+              .frame_rate = m_pictures.m_nFrameRate,
               .date = date,
               .audio_date = frame.frame_data != 0 ? date : 0,
-              .audio_encode = m_nAudioEncode,
-              .sample_rate = m_nSampleRate,
-              .bit_per_sample = m_nBitPerSample,
-              .channels = m_nChannels});
+              .audio_encode = m_sound.m_nAudioEncode,
+              .sample_rate = m_sound.m_nSampleRate,
+              .bit_per_sample = m_sound.m_nBitPerSample,
+              .channels = m_sound.m_nChannels});
 }
 
 uint32_t CQvPsPacket::Date(const SGFrameInfo& frame) const
@@ -70,7 +69,8 @@ uint32_t CQvPsPacket::Date(const SGFrameInfo& frame) const
 
     // Kept: the stream's times count from 1970, and its first second is taken for the present.
     uint32_t current = frame.frame_time / 1000;
-    if (frame.frame_time == 0 && m_nFrameRate != 0) current = m_VideoCount / m_nFrameRate;
+    const uint32_t rate = m_pictures.m_nFrameRate;
+    if (frame.frame_time == 0 && rate != 0) current = m_pictures.m_VideoCount / rate;
     return get_current_omf_time(current);
 }
 

@@ -28,13 +28,18 @@ private:
     /// The packed date of a frame: its own, else from its time or the count of pictures.
     [[nodiscard]] uint32_t Date(const SGFrameInfo& frame) const;
 
-    uint32_t m_nAudioPts = 60000;
-    // Of the last audio frame.
-    uint16_t m_nAudioEncode = 0;
-    uint32_t m_nSampleRate = 16000;
-    uint16_t m_nBitPerSample = 16;
-    uint16_t m_nChannels = 1;
-    uint32_t m_AudioCount = 0;
+    /// What an audio frame changes; one that is refused changes nothing.
+    struct Sound
+    {
+        uint32_t m_nAudioPts = 60000;
+        // Of the last audio frame.
+        uint16_t m_nAudioEncode = 0;
+        uint32_t m_nSampleRate = 16000;
+        uint16_t m_nBitPerSample = 16;
+        uint16_t m_nChannels = 1;
+        uint32_t m_AudioCount = 0;
+    };
+    Sound m_sound;
 };
 
 }  // namespace Orbel::Wrapton
