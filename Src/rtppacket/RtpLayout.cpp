@@ -23,6 +23,12 @@ size_t HeaderLen(size_t extension_len)
     return CRtpFields::kFixedLen + CRtpFields::kExtensionFixedLen + kWordLen * Words(extension_len);
 }
 
+/// Packets ahead of the last one of a NAL unit.
+size_t FullPackets(size_t unit_len, size_t chunk_len)
+{
+    return unit_len == 0 ? 0 : (unit_len - 1) / chunk_len;
+}
+
 }  // namespace
 
 CRtpLayout::CRtpLayout(const Rtp_FrameInfo& info) noexcept
@@ -46,62 +52,111 @@ size_t CRtpLayout::PayloadRoom() const noexcept
     return m_info.limit - m_info.custom.size() - m_nHeaderLen;
 }
 
-size_t CRtpLayout::ChunkLen(const Rtp_Cut& cut) const noexcept
-{
-    return PayloadRoom() - (cut.fragmented ? CRtpFields::kFuaLen : 0);
-}
-
-bool CRtpLayout::NeedsFragments(size_t unit_len, bool first) const noexcept
+size_t CRtpLayout::MostWhole(bool first) const noexcept
 {
     // Kept: the estimate counts the extension twice and its fixed part not at all, and behind the
     // frame's first unit the custom bytes twice. A unit may be fragmented that would have fitted,
     // and one may be cut without FU-A headers that does not fit.
     const size_t extension = m_info.extension.size();
-    const size_t estimate = kWordLen * Words(extension) + m_info.custom.size() + extension +
-                            CRtpFields::kFixedLen + unit_len;
-    return estimate > m_info.limit - (first ? 0 : m_info.custom.size());
+    const size_t around = kWordLen * Words(extension) + extension + m_info.custom.size() +
+                          CRtpFields::kFixedLen + (first ? 0 : m_info.custom.size());
+    return m_info.limit - std::min<size_t>(around, m_info.limit);
 }
 
-Rtp_Cut CRtpLayout::CutNalUnit(std::span<const unsigned char> unit,
-                               bool first,
-                               bool may_fragment) const noexcept
+uint64_t CRtpLayout::Size(uint64_t packets, uint64_t payload_len) const noexcept
 {
-    Rtp_Cut cut;
-    cut.data = unit;
-    if (unit.empty()) return cut;
-
-    if (may_fragment && NeedsFragments(unit.size(), first))
-    {
-        cut.fragmented = true;
-        cut.nal_header = unit.front();
-        cut.data = unit.subspan(1);
-    }
-    cut.full_packets = (unit.size() - 1) / ChunkLen(cut);
-    return cut;
+    return packets * (AheadLen() + m_nHeaderLen) + payload_len;
 }
 
-Rtp_Cut CRtpLayout::CutPlain(std::span<const unsigned char> frame) const noexcept
+uint64_t CRtpLayout::NalUnitSize(size_t unit_len) const noexcept
 {
-    Rtp_Cut cut;
-    cut.data = frame;
+    return Size(FullPackets(unit_len, PayloadRoom()) + 1, unit_len);
+}
+
+uint64_t CRtpLayout::PlainSize(size_t frame_len) const noexcept
+{
+    return Size(frame_len / PayloadRoom() + 1, frame_len);
+}
+
+uint64_t CRtpLayout::FragmentsSize(size_t unit_len) const noexcept
+{
+    const uint64_t packets = FullPackets(unit_len, PayloadRoom() - CRtpFields::kFuaLen) + 1;
+    return Size(packets, packets * CRtpFields::kFuaLen + unit_len);
+}
+
+void CRtpLayout::PutNalUnit(std::span<unsigned char> room,
+                            std::span<const unsigned char> unit,
+                            uint16_t& sequence_number) const noexcept
+{
+    PutPackets(room, unit, FullPackets(unit.size(), PayloadRoom()), sequence_number);
+}
+
+void CRtpLayout::PutPlain(std::span<unsigned char> room,
+                          std::span<const unsigned char> frame,
+                          uint16_t& sequence_number) const noexcept
+{
     // Kept: the last packet is never full. Data that end with a full packet are closed by an empty
     // one.
-    cut.full_packets = frame.size() / ChunkLen(cut);
-    return cut;
+    PutPackets(room, frame, frame.size() / PayloadRoom(), sequence_number);
 }
 
-uint64_t CRtpLayout::Size(const Rtp_Cut& cut) const noexcept
+void CRtpLayout::PutPackets(std::span<unsigned char> room,
+                            std::span<const unsigned char> data,
+                            size_t full_packets,
+                            uint16_t& sequence_number) const noexcept
 {
-    const uint64_t around =
-        AheadLen() + m_nHeaderLen + (cut.fragmented ? CRtpFields::kFuaLen : size_t{0});
-    return (cut.full_packets + 1) * around + cut.PayloadLen();
+    CMsbCursor w(room);
+    for (size_t number = 0; number <= full_packets; ++number)
+    {
+        const bool last = number == full_packets;
+        const size_t length = last ? data.size() : PayloadRoom();
+        PutHeader(w, length, ++sequence_number, last);
+        w.Bytes(data.first(length));
+        data = data.subspan(length);
+    }
+    assert(w.Produced() == room.size());
 }
 
-/// RFC 3550 5.1 and, with an extension, 5.3.1.
-void CRtpLayout::PutHeader(CMsbCursor& w, uint16_t sequence_number, bool last) const noexcept
+CRtpLayout::Fragments CRtpLayout::PutFragments(std::span<unsigned char> room,
+                                               std::span<const unsigned char> frame,
+                                               uint16_t& sequence_number) const noexcept
+{
+    const size_t chunk_len = PayloadRoom() - CRtpFields::kFuaLen;
+    const size_t around = AheadLen() + m_nHeaderLen + CRtpFields::kFuaLen;
+    const uint8_t nal_header = frame.front();
+    CMsbCursor w(room);
+    // The payload comes ahead of its header, which tells how long it is and whether it is the last.
+    StartCode next{1, 1};
+    for (bool first = true, last = false; !last; first = false)
+    {
+        const size_t from = next.begin;
+        next = CopyToStartCode(frame, from, w.Left().subspan(around).data(), chunk_len);
+        const size_t length = next.begin - from;
+        last = length < chunk_len;
+        // Kept: the fragments of a unit count its whole length although its header byte is not
+        // among their data. The byte that makes up for it is the one behind the unit. This is 0
+        // everywhere: the first byte of the next start code, or a zero put behind the frame's end.
+        const size_t added = last ? 1 : 0;
+        PutHeader(w, CRtpFields::kFuaLen + length + added, ++sequence_number, last);
+        // Kept: a unit whose only fragment is the last one has no start bit.
+        PutFuaHeader(w, nal_header, first && !last, last);
+        w.Skip(length);
+        w.Fill(added, 0);
+    }
+    assert(!w.Overrun());
+    return {w.Produced(), next};
+}
+
+/// RFC 3550 5.1 and, with an extension, 5.3.1, behind what stands ahead of every packet.
+void CRtpLayout::PutHeader(CMsbCursor& w,
+                           size_t payload_len,
+                           uint16_t sequence_number,
+                           bool last) const noexcept
 {
     const bool extended = !m_info.extension.empty();
 
+    w.Bytes(m_info.custom);
+    w.U16(static_cast<uint32_t>(m_nHeaderLen + payload_len));  // at most the limit
     w.Bits<16>(Field<2>(kRtpVersion),
                Field<1>(0),  // padding
                Field<1>(extended ? 1 : 0),
@@ -118,37 +173,6 @@ void CRtpLayout::PutHeader(CMsbCursor& w, uint16_t sequence_number, bool last) c
     w.U16(static_cast<uint32_t>(words));
     w.Bytes(m_info.extension);
     w.Fill(kWordLen * words - m_info.extension.size(), 0);
-}
-
-void CRtpLayout::Put(std::span<unsigned char> room,
-                     const Rtp_Cut& cut,
-                     uint16_t& sequence_number) const noexcept
-{
-    assert(room.size() == Size(cut));
-    const size_t fua_len = cut.fragmented ? CRtpFields::kFuaLen : 0;
-    const size_t chunk_len = ChunkLen(cut);
-    const size_t around = AheadLen() + m_nHeaderLen + fua_len;
-    auto data = cut.data;
-    size_t left = cut.PayloadLen();
-    for (uint64_t number = 0; number <= cut.full_packets; ++number)
-    {
-        const bool last = number == cut.full_packets;
-        const size_t payload_len = last ? left : chunk_len;
-        const auto bytes = data.first(std::min(payload_len, data.size()));
-
-        CMsbCursor w(room.first(around + payload_len));
-        w.Bytes(m_info.custom);
-        w.U16(static_cast<uint32_t>(m_nHeaderLen + fua_len + payload_len));  // at most the limit
-        PutHeader(w, ++sequence_number, last);
-        // Kept: a unit whose only fragment is the last one has no start bit.
-        if (cut.fragmented) PutFuaHeader(w, cut.nal_header, number == 0 && !last, last);
-        w.Bytes(bytes);
-        w.Fill(payload_len - bytes.size(), 0);  // the byte behind the unit
-
-        room = room.subspan(around + payload_len);
-        data = data.subspan(bytes.size());
-        left -= payload_len;
-    }
 }
 
 size_t CRtpLayout::FirstSize(std::span<const unsigned char> packets, size_t custom_len) noexcept

@@ -7,6 +7,7 @@
 
 #include "rtppacket/RtpFields.h"
 #include "tool/ByteCursor.h"
+#include "tool/StartCode.h"
 
 namespace Orbel::Wrapton
 {
@@ -22,21 +23,6 @@ struct Rtp_FrameInfo
     uint32_t limit = 0;         // bytes of a packet and the custom bytes ahead of it, at most 65535
 };
 
-/// How a piece of a frame is cut into packets.
-struct Rtp_Cut
-{
-    std::span<const unsigned char> data;
-    uint64_t full_packets = 0;  // ahead of the last one, which carries the marker
-    bool fragmented = false;    // as FU-A; the data then begin behind the NAL unit's header
-    uint8_t nal_header = 0;     // of a fragmented unit
-
-    /// Payload bytes of all packets, FU-A headers not counted. Kept: the fragments of a unit count
-    /// its whole length although its header byte is not among their data. The byte that makes up
-    /// for it is the one behind the unit. This is 0 everywhere: the first byte of the next start
-    /// code, or a zero put behind the frame's end.
-    [[nodiscard]] size_t PayloadLen() const noexcept { return data.size() + (fragmented ? 1 : 0); }
-};
-
 /**
  * Cuts pieces of one frame into RTP packets and lays these out, RFC 3550 and RFC 6184.
  *
@@ -50,24 +36,37 @@ public:
     /// Whether header, FU-A header and one byte fit into a packet. The other operations need this.
     [[nodiscard]] bool HasRoom() const noexcept;
 
-    /// Cuts a NAL unit, which may be empty.
+    /// Bytes of the longest NAL unit that needs no FU-A fragments.
     /// @param first whether it is the first of its frame
-    /// @param may_fragment whether FU-A is an option; a unit without it is cut like any data
-    [[nodiscard]] Rtp_Cut CutNalUnit(std::span<const unsigned char> unit,
-                                     bool first,
-                                     bool may_fragment) const noexcept;
+    [[nodiscard]] size_t MostWhole(bool first) const noexcept;
 
-    /// Cuts a frame of any other encoding.
-    [[nodiscard]] Rtp_Cut CutPlain(std::span<const unsigned char> frame) const noexcept;
+    /// The packets of a NAL unit without FU-A headers, which may be empty. The size is that of all
+    /// packets with what stands ahead of each, and the room has it.
+    [[nodiscard]] uint64_t NalUnitSize(size_t unit_len) const noexcept;
+    void PutNalUnit(std::span<unsigned char> room,
+                    std::span<const unsigned char> unit,
+                    uint16_t& sequence_number) const noexcept;
 
-    /// Bytes of all packets of a cut, with what stands ahead of each.
-    [[nodiscard]] uint64_t Size(const Rtp_Cut& cut) const noexcept;
+    /// The packets of a frame of any other encoding; likewise.
+    [[nodiscard]] uint64_t PlainSize(size_t frame_len) const noexcept;
+    void PutPlain(std::span<unsigned char> room,
+                  std::span<const unsigned char> frame,
+                  uint16_t& sequence_number) const noexcept;
 
-    /// Writes the packets of a cut into Size() bytes.
+    /// The FU-A fragments of a NAL unit of this length, RFC 6184 5.8.
+    [[nodiscard]] uint64_t FragmentsSize(size_t unit_len) const noexcept;
+    /// What became of a fragmented unit: the bytes written, and the start code it ended at.
+    struct Fragments
+    {
+        size_t size;
+        StartCode end;
+    };
+    /// Writes the fragments of the unit that begins @p frame and ends at the next start code.
+    /// @param room for a unit that goes on to the frame's end
     /// @param sequence_number of the packet before the first; that of the last one afterwards
-    void Put(std::span<unsigned char> room,
-             const Rtp_Cut& cut,
-             uint16_t& sequence_number) const noexcept;
+    Fragments PutFragments(std::span<unsigned char> room,
+                           std::span<const unsigned char> frame,
+                           uint16_t& sequence_number) const noexcept;
 
     /// The bytes of the packet at the beginning of @p packets, with what stands ahead of it.
     [[nodiscard]] static size_t FirstSize(std::span<const unsigned char> packets,
@@ -77,11 +76,18 @@ private:
     [[nodiscard]] size_t AheadLen() const noexcept;
     /// The most payload of a packet, FU-A header included.
     [[nodiscard]] size_t PayloadRoom() const noexcept;
-    /// The most payload of a packet of @p cut, FU-A header not counted.
-    [[nodiscard]] size_t ChunkLen(const Rtp_Cut& cut) const noexcept;
-    [[nodiscard]] bool NeedsFragments(size_t unit_len, bool first) const noexcept;
+    /// Bytes of @p packets packets with @p payload_len bytes of payload in all.
+    [[nodiscard]] uint64_t Size(uint64_t packets, uint64_t payload_len) const noexcept;
 
-    void PutHeader(CMsbCursor& w, uint16_t sequence_number, bool last) const noexcept;
+    /// Writes @p full_packets packets and a last one, which carries the marker.
+    void PutPackets(std::span<unsigned char> room,
+                    std::span<const unsigned char> data,
+                    size_t full_packets,
+                    uint16_t& sequence_number) const noexcept;
+    void PutHeader(CMsbCursor& w,
+                   size_t payload_len,
+                   uint16_t sequence_number,
+                   bool last) const noexcept;
 
     Rtp_FrameInfo m_info;
     size_t m_nHeaderLen;

@@ -216,9 +216,13 @@ int CRtpPacket::InputH264Data(const SGFrameInfo& frame,
     bool more = true;
     while (more)
     {
-        const StartCode next = FindStartCode(bytes, code.unit);
-        const auto unit = bytes.subspan(code.unit, next.begin - code.unit);
-        const int result = Append(layout, layout.CutNalUnit(unit, first, may_fragment), sequence);
+        // Of a unit that is fragmented no more is looked at here: the rest is copied on the way.
+        const size_t whole = may_fragment ? layout.MostWhole(first) : bytes.size();
+        StartCode next = FindStartCode(bytes, code.unit, whole + 1);
+        const size_t length = next.begin - code.unit;
+        const int result = length > whole
+                               ? AppendFragments(layout, bytes, code.unit, next, sequence)
+                               : AppendUnit(layout, bytes.subspan(code.unit, length), sequence);
         if (result != SG_ERR_NOERR) return result;
 
         first = false;
@@ -232,17 +236,52 @@ int CRtpPacket::InputPlainData(const SGFrameInfo& frame,
                                const CRtpLayout& layout,
                                uint16_t& sequence)
 {
-    return Append(layout, layout.CutPlain(BytesOf(frame)), sequence);
+    const auto room = Claim(layout.PlainSize(frame.frame_size));
+    if (room.empty()) return SG_ERR_MEMORY_OUT;
+
+    layout.PutPlain(room, BytesOf(frame), sequence);
+    m_nPackLen += static_cast<int>(room.size());
+    return SG_ERR_NOERR;
 }
 
-int CRtpPacket::Append(const CRtpLayout& layout, const Rtp_Cut& cut, uint16_t& sequence)
+int CRtpPacket::AppendUnit(const CRtpLayout& layout,
+                           std::span<const unsigned char> unit,
+                           uint16_t& sequence)
 {
-    const uint64_t size = layout.Size(cut);
-    if (!Reserve(size)) return SG_ERR_MEMORY_OUT;
+    const auto room = Claim(layout.NalUnitSize(unit.size()));
+    if (room.empty()) return SG_ERR_MEMORY_OUT;
 
-    layout.Put({m_pPackBuf + m_nPackLen, static_cast<size_t>(size)}, cut, sequence);
-    m_nPackLen += static_cast<int>(size);
+    layout.PutNalUnit(room, unit, sequence);
+    m_nPackLen += static_cast<int>(room.size());
     return SG_ERR_NOERR;
+}
+
+int CRtpPacket::AppendFragments(const CRtpLayout& layout,
+                                std::span<const unsigned char> frame,
+                                size_t unit,
+                                StartCode& next,
+                                uint16_t& sequence)
+{
+    const auto rest = frame.subspan(unit);
+    auto room = Claim(layout.FragmentsSize(rest.size()));
+    if (room.empty())
+    {
+        // A unit that ends ahead of the frame may do with less.
+        const size_t length = FindStartCode(rest, 0).begin;
+        if (length < rest.size()) room = Claim(layout.FragmentsSize(length));
+    }
+    if (room.empty()) return SG_ERR_MEMORY_OUT;
+
+    const auto fragments = layout.PutFragments(room, rest, sequence);
+    m_nPackLen += static_cast<int>(fragments.size);
+    next = {unit + fragments.end.begin, unit + fragments.end.unit};
+    return SG_ERR_NOERR;
+}
+
+std::span<unsigned char> CRtpPacket::Claim(uint64_t len) noexcept
+{
+    if (!Reserve(len)) return {};
+    return {m_pPackBuf + m_nPackLen, static_cast<size_t>(len)};
 }
 
 bool CRtpPacket::Reserve(uint64_t len) noexcept

@@ -84,8 +84,20 @@ private:
     int InputVideoData(const SGFrameInfo& frame, const CRtpLayout& layout, uint16_t& sequence);
     int InputH264Data(const SGFrameInfo& frame, const CRtpLayout& layout, uint16_t& sequence);
     int InputPlainData(const SGFrameInfo& frame, const CRtpLayout& layout, uint16_t& sequence);
-    int Append(const CRtpLayout& layout, const Rtp_Cut& cut, uint16_t& sequence);
+    int AppendUnit(const CRtpLayout& layout,
+                   std::span<const unsigned char> unit,
+                   uint16_t& sequence);
+    /// Appends the NAL unit at @p unit as fragments; @p next is then the start code behind it.
+    int AppendFragments(const CRtpLayout& layout,
+                        std::span<const unsigned char> frame,
+                        size_t unit,
+                        StartCode& next,
+                        uint16_t& sequence);
     void OutputData();
+
+    /// Room for @p len bytes behind those of the frame so far; empty, with these kept, when there
+    /// is none.
+    std::span<unsigned char> Claim(uint64_t len) noexcept;
 
     /// Makes room for @p len bytes behind those of the frame so far; false, with these kept, when
     /// there is none.

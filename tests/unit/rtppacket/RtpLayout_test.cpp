@@ -45,26 +45,81 @@ TEST(CRtpLayout, HasRoomFromOneByteBehindAFragmentHeaderOn)
         });
 }
 
-/// Expects the cut to fill exactly Size() bytes with packets that keep to the room.
-void ExpectExact(const Rtp_FrameInfo& info, const CRtpLayout& layout, const Rtp_Cut& cut)
+/// How a piece is packaged.
+enum class Kind
 {
-    const std::size_t size = layout.Size(cut);
+    kPlain,
+    kNalUnit,
+    kFragments
+};
+
+uint64_t SizeOf(const CRtpLayout& layout, Kind kind, std::size_t length)
+{
+    switch (kind)
+    {
+        case Kind::kPlain:
+            return layout.PlainSize(length);
+        case Kind::kNalUnit:
+            return layout.NalUnitSize(length);
+        default:
+            return layout.FragmentsSize(length);
+    }
+}
+
+void Put(const CRtpLayout& layout,
+         Kind kind,
+         std::span<unsigned char> room,
+         std::span<const unsigned char> piece,
+         uint16_t& sequence)
+{
+    switch (kind)
+    {
+        case Kind::kPlain:
+            layout.PutPlain(room, piece, sequence);
+            break;
+        case Kind::kNalUnit:
+            layout.PutNalUnit(room, piece, sequence);
+            break;
+        default:
+        {
+            const auto fragments = layout.PutFragments(room, piece, sequence);
+            EXPECT_EQ(fragments.size, room.size());
+            EXPECT_EQ(fragments.end.begin, piece.size());
+            EXPECT_EQ(fragments.end.unit, piece.size());
+        }
+    }
+}
+
+/// Expects the piece to fill exactly the announced size with packets that keep to the room.
+void ExpectExact(const Rtp_FrameInfo& info,
+                 const CRtpLayout& layout,
+                 Kind kind,
+                 std::span<const unsigned char> piece)
+{
+    const std::size_t size = SizeOf(layout, kind, piece.size());
     const std::unique_ptr<unsigned char[]> memory(new unsigned char[size]);
     uint16_t sequence = 0xFFFE;
-    layout.Put({memory.get(), size}, cut, sequence);
+    Put(layout, kind, {memory.get(), size}, piece, sequence);
     const auto packets =
         Readers::ReadRtpPackets(Bytes(memory.get(), memory.get() + size), info.custom.size());
-    ASSERT_EQ(packets.size(), cut.full_packets + 1);
+    ASSERT_FALSE(packets.empty());
     EXPECT_EQ(sequence, static_cast<uint16_t>(0xFFFE + packets.size()));
     EXPECT_EQ(packets[0].sequence, 0xFFFFu);
-    std::size_t payload = 0;
+    Bytes payload;
     for (const auto& packet : packets)
     {
         EXPECT_LE(packet.length + info.custom.size(), info.limit);
         EXPECT_EQ(packet.marker, &packet == &packets.back());
-        payload += packet.payload.size();
+        const std::size_t fua = kind == Kind::kFragments ? 2 : 0;
+        payload.insert(payload.end(), packet.payload.begin() + fua, packet.payload.end());
     }
-    EXPECT_EQ(payload, cut.PayloadLen() + (cut.fragmented ? 2 * packets.size() : 0));
+    Bytes expected(piece.begin(), piece.end());
+    if (kind == Kind::kFragments)
+    {
+        expected.erase(expected.begin());
+        expected.push_back(0);
+    }
+    EXPECT_TRUE(Support::Same(payload, expected));
     EXPECT_EQ(CRtpLayout::FirstSize({memory.get(), size}, info.custom.size()),
               info.custom.size() + 2 + packets[0].length);
 }
@@ -78,25 +133,69 @@ TEST(CRtpLayout, FillsExactlyTheSizeItAnnouncesAndNoPacketPassesTheRoom)
             if (!layout.HasRoom()) return;
             for (std::size_t size = 0; size <= data.size(); ++size)
             {
-                const auto unit = std::span(data).first(size);
-                ExpectExact(info, layout, layout.CutPlain(unit));
-                ExpectExact(info, layout, layout.CutNalUnit(unit, true, true));
-                ExpectExact(info, layout, layout.CutNalUnit(unit, false, true));
-                ExpectExact(info, layout, layout.CutNalUnit(unit, true, false));
+                const auto piece = std::span(data).first(size);
+                ExpectExact(info, layout, Kind::kPlain, piece);
+                ExpectExact(info, layout, Kind::kNalUnit, piece);
+                if (size != 0) ExpectExact(info, layout, Kind::kFragments, piece);
             }
         });
 }
 
+TEST(CRtpLayout, FragmentsEndAtTheNextStartCodeWhereverItStands)
+{
+    ForEachLayout(
+        [](const Rtp_FrameInfo& info, const CRtpLayout& layout)
+        {
+            if (!layout.HasRoom()) return;
+            for (std::size_t length = 1; length <= 40; ++length)
+            {
+                for (const std::size_t start_code : {3u, 4u})
+                {
+                    Bytes frame = Payload(length, 3);
+                    frame.insert(frame.end(), start_code - 1, 0);
+                    frame.insert(frame.end(), {1, 0x41, 0x9A});
+                    const std::size_t room = layout.FragmentsSize(frame.size());
+                    const std::unique_ptr<unsigned char[]> memory(new unsigned char[room]);
+                    uint16_t sequence = 0;
+                    const auto fragments =
+                        layout.PutFragments({memory.get(), room}, frame, sequence);
+                    EXPECT_EQ(fragments.size, layout.FragmentsSize(length));
+                    EXPECT_EQ(fragments.end.begin, length);
+                    EXPECT_EQ(fragments.end.unit, length + start_code);
+                    const auto packets = Readers::ReadRtpPackets(
+                        Bytes(memory.get(), memory.get() + fragments.size), info.custom.size());
+                    EXPECT_EQ(packets.size(), sequence);
+                    EXPECT_EQ(packets.back().payload.back(), 0) << "the byte behind the unit";
+                }
+            }
+        });
+}
+
+TEST(CRtpLayout, TheLongestWholeUnitCountsTheExtensionTwiceAndLaterTheCustomBytesToo)
+{
+    const Bytes bytes = Payload(64);
+    Rtp_FrameInfo info;
+    info.limit = 100;
+    EXPECT_EQ(CRtpLayout(info).MostWhole(true), 100u - 12);
+    EXPECT_EQ(CRtpLayout(info).MostWhole(false), 100u - 12);
+    info.custom = std::span(bytes).first(10);
+    EXPECT_EQ(CRtpLayout(info).MostWhole(true), 100u - 12 - 10);
+    EXPECT_EQ(CRtpLayout(info).MostWhole(false), 100u - 12 - 2 * 10);
+    info.extension = std::span(bytes).first(5);
+    EXPECT_EQ(CRtpLayout(info).MostWhole(true), 100u - 12 - 10 - 8 - 5);
+    info.limit = 34;
+    EXPECT_EQ(CRtpLayout(info).MostWhole(true), 0u);
+}
+
 TEST(CRtpLayout, SizesOfPiecesNearFourGibibytesAreExact)
 {
-    const unsigned char byte = 0x41;
-    // Never read: only the length counts.
-    const std::span<const unsigned char> huge(&byte, 0xFFFFFFFF);
+    constexpr std::size_t kHuge = 0xFFFFFFFF;
     Rtp_FrameInfo info;
     info.limit = 15;  // 3 bytes of plain data, 1 of a fragment
     const CRtpLayout layout(info);
-    EXPECT_EQ(layout.Size(layout.CutPlain(huge)), 0xFFFFFFFFull + (0xFFFFFFFFull / 3 + 1) * 14);
-    EXPECT_EQ(layout.Size(layout.CutNalUnit(huge, true, true)), 0xFFFFFFFFull * (1 + 16));
+    EXPECT_EQ(layout.PlainSize(kHuge), kHuge + (kHuge / 3 + 1) * 14);
+    EXPECT_EQ(layout.NalUnitSize(kHuge), kHuge + ((kHuge - 1) / 3 + 1) * 14);
+    EXPECT_EQ(layout.FragmentsSize(kHuge), kHuge * (1 + 16));
 }
 
 }  // namespace
