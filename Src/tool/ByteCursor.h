@@ -2,6 +2,7 @@
 #define WRAPTON_TOOL_BYTECURSOR_H
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -128,10 +129,11 @@ public:
         ((word = word << Widths | fields.value), ...);
         // One claim for the whole word: it is stored whole or, at the end of the room, not at all.
         unsigned char* const place = Claim(Total / 8);
-        for (unsigned left = Total; left != 0 && place != nullptr; left -= 8)
-        {
-            place[(Total - left) / 8] = static_cast<unsigned char>(word >> (left - 8));
-        }
+        if (place == nullptr) return;
+
+        static_assert(std::endian::native == std::endian::little);
+        const uint64_t bytes = __builtin_bswap64(word << (64 - Total));
+        std::memcpy(place, &bytes, Total / 8);
     }
 
     /// Rewrites a field that has been produced before.

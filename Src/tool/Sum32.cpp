@@ -64,16 +64,22 @@ template <bool kCopies>
 uint32_t SumPlain(const unsigned char* data, size_t size, unsigned char* to) noexcept
 {
     static_assert(std::endian::native == std::endian::little);
+    constexpr size_t kWord = sizeof(uint32_t);
+
     uint32_t sum = 0;
-    for (size_t at = 0; at < size;)
+    size_t at = 0;
+    for (; size - at >= kWord; at += kWord)
     {
-        // The last word is put together from its own bytes: the buffer may end right behind them.
-        const size_t length = std::min<size_t>(size - at, sizeof(uint32_t));
-        uint32_t word = 0;
-        std::memcpy(&word, data + at, length);
-        if (kCopies) std::memcpy(to + at, data + at, length);
+        uint32_t word;
+        std::memcpy(&word, data + at, kWord);
+        if (kCopies) std::memcpy(to + at, &word, kWord);
         sum += word;
-        at += length;
+    }
+    // The last word is put together from its own bytes: the buffer may end right behind them.
+    for (unsigned shift = 0; at < size; ++at, shift += 8)
+    {
+        sum += static_cast<uint32_t>(data[at]) << shift;
+        if (kCopies) to[at] = data[at];
     }
     return sum;
 }
