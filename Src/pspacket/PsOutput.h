@@ -44,34 +44,21 @@ public:
         return m_pPacket != nullptr ? m_pPacket->IsValid() : m_buffer.data() != nullptr;
     }
 
-    /// Room for the @p length bytes of a frame, asked for once and before anything is written;
-    /// empty when there is not as much.
-    [[nodiscard]] std::span<unsigned char> Claim(size_t length) noexcept
-    {
-        if (length > INT_MAX) return {};  // a block's size is a signed 32-bit number
-        if (m_pPacket != nullptr && length > m_buffer.size() && m_pPacket->Resize(length))
-        {
-            m_buffer = {m_pPacket->Data(), m_pPacket->Size()};
-        }
-        if (m_ahead.has_value()) m_buffer = AlignPayload(m_buffer, *m_ahead, length);
-        return length <= m_buffer.size() ? m_buffer.first(length) : std::span<unsigned char>();
-    }
-
-    /// Writes a frame whose length is not known ahead. @p layout fills a cursor, with the same
-    /// bytes whenever it is called. @return the length; 0 when there is not as much room. A packet
-    /// is as it was then.
+    /// Writes a frame. @p layout fills a cursor, with as many bytes whenever it is called: a packet
+    /// is measured for it first. @return the length; 0 when there is not as much room, a packet is
+    /// then as it was
     template <class Layout>
-    [[nodiscard]] size_t Write(const Layout& layout)
+    [[nodiscard]] int Write(const Layout& layout)
     {
         if (m_pPacket != nullptr)
         {
             CMsbCursor measure;
             layout(measure);
-            return Claim(measure.Produced()).empty() ? 0 : Fill(layout);
+            return GrowPacket(measure.Produced()) ? Fill(layout) : 0;
         }
         const auto whole = m_buffer;
         if (m_ahead.has_value()) m_buffer = AlignPayload(whole, *m_ahead, 0);
-        const size_t length = Fill(layout);
+        const int length = Fill(layout);
         if (length != 0 || m_buffer.size() == whole.size()) return length;
 
         m_buffer = whole;
@@ -83,11 +70,21 @@ public:
 
 private:
     template <class Layout>
-    size_t Fill(const Layout& layout)
+    int Fill(const Layout& layout)
     {
         CMsbCursor w(m_buffer);
         layout(w);
-        return w.Overrun() || w.Produced() > INT_MAX ? 0 : w.Produced();
+        return w.Overrun() || w.Produced() > INT_MAX ? 0 : static_cast<int>(w.Produced());
+    }
+
+    bool GrowPacket(size_t length) noexcept
+    {
+        if (length > INT_MAX) return false;  // a block's size is a signed 32-bit number
+        if (length > m_buffer.size() && m_pPacket->Resize(length))
+        {
+            m_buffer = {m_pPacket->Data(), m_pPacket->Size()};
+        }
+        return length <= m_buffer.size();
     }
 
     std::span<unsigned char> m_buffer;

@@ -36,7 +36,7 @@ int CSplitPsPacket::PutPicture(const SGFrameInfo& frame, CPsOutput& output, bool
     ++m_pictures.m_VideoCount;
     packets.Advance(FrameTicks(m_pictures.m_nFrameRate));
     const bool split = m_pictures.m_nVideoEncode != SG_ENCODE_VIDEO_MPEG4;
-    const size_t length = output.Write(
+    const int length = output.Write(
         [&](CMsbCursor& w)
         {
             PutPackHeader(w, packets.Scr(), kMuxRate);
@@ -45,7 +45,7 @@ int CSplitPsPacket::PutPicture(const SGFrameInfo& frame, CPsOutput& output, bool
             packets.Put(w, BytesOf(&frame), split);
         });
     packets.Settle();
-    return static_cast<int>(length);
+    return length;
 }
 
 int CSplitPsPacket::PutAudio(CPsOutput& output,
@@ -53,14 +53,14 @@ int CSplitPsPacket::PutAudio(CPsOutput& output,
                              bool with_map,
                              uint32_t pts) const
 {
-    const size_t length = output.Write(
+    const int length = output.Write(
         [&](CMsbCursor& w)
         {
             PutPackHeader(w, m_pictures.m_Video.Scr(), kMuxRate);
             if (with_map) PutMap(w, frame);
             PutAudioPes(w, BytesOf(&frame), pts);
         });
-    return static_cast<int>(length);
+    return length;
 }
 
 }  // namespace Orbel::Wrapton

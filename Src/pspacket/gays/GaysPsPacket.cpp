@@ -1,7 +1,6 @@
 #include "pspacket/gays/GaysPsPacket.h"
 
 #include <algorithm>
-#include <cassert>
 
 #include "pspacket/PsHeaders.h"
 
@@ -25,17 +24,12 @@ int CGaysPsPacket::Packet_I_frame(const SGFrameInfo* pFrame, CPsOutput& output, 
     if (!IsVideoPackable(pFrame)) return kRefused;
     if (pFrame->frame_rate == 0) return kRefused;
 
-    const auto room = output.Claim(Measure(*pFrame, kGaysIFrame));
-    if (room.empty()) return kRefused;
-
-    m_nRate = static_cast<int32_t>(pFrame->frame_rate);
+    const Clock before = m_clock;
+    m_clock.m_nRate = static_cast<int32_t>(pFrame->frame_rate);
     calc_scr();
-
-    CMsbCursor w(room);
-    PutFrame(w, *pFrame, kGaysIFrame);
-    assert(w.Produced() == room.size());
-    nLength = static_cast<int>(room.size());
-    return nLength;
+    nLength = PutFrame(output, *pFrame, kGaysIFrame);
+    if (nLength == 0) m_clock = before;
+    return nLength != 0 ? nLength : kRefused;
 }
 
 int CGaysPsPacket::Packet_P_frame(const SGFrameInfo* pFrame, CPsOutput& output, int& nLength)
@@ -43,16 +37,11 @@ int CGaysPsPacket::Packet_P_frame(const SGFrameInfo* pFrame, CPsOutput& output, 
     nLength = 0;
     if (!IsVideoPackable(pFrame)) return kRefused;
 
-    const auto room = output.Claim(Measure(*pFrame, kGaysPFrame));
-    if (room.empty()) return kRefused;
-
-    if (m_nRate != 0) calc_scr();
-
-    CMsbCursor w(room);
-    PutFrame(w, *pFrame, kGaysPFrame);
-    assert(w.Produced() == room.size());
-    nLength = static_cast<int>(room.size());
-    return nLength;
+    const Clock before = m_clock;
+    if (m_clock.m_nRate != 0) calc_scr();
+    nLength = PutFrame(output, *pFrame, kGaysPFrame);
+    if (nLength == 0) m_clock = before;
+    return nLength != 0 ? nLength : kRefused;
 }
 
 int CGaysPsPacket::Packet_Audio_frame(const SGFrameInfo* pFrame,
@@ -68,52 +57,49 @@ int CGaysPsPacket::Packet_Audio_frame(const SGFrameInfo* pFrame,
     {
         return kRefused;
     }
-    const auto room = output.Claim(size_t{kPtsHeaderLen} + pFrame->frame_size);
-    if (room.empty()) return kRefused;
-
-    CMsbCursor w(room);
-    PutPtsHeader(w, kAudioStreamId, pFrame->frame_size, static_cast<uint64_t>(m_nSrc));
-    w.Bytes(BytesOf(pFrame));
-    assert(w.Produced() == room.size());
-    nLength = static_cast<int>(room.size());
-    return nLength;
+    nLength = output.Write(
+        [&](CMsbCursor& w)
+        {
+            const auto pts = static_cast<uint64_t>(m_clock.m_nSrc);
+            PutPtsHeader(w, kAudioStreamId, pFrame->frame_size, pts);
+            w.Bytes(BytesOf(pFrame));
+        });
+    return nLength != 0 ? nLength : kRefused;
 }
 
 void CGaysPsPacket::calc_scr()
 {
-    const int64_t time = m_nTimeStamp + 1000 / m_nRate;
-    if (m_bStarted)
+    const int64_t time = m_clock.m_nTimeStamp + 1000 / m_clock.m_nRate;
+    if (m_clock.m_bStarted)
     {
-        const int64_t ticks = (time - m_nTimeStamp) * kTicksPerMs;
-        m_nSrc = (m_nSrc + ticks + (time < m_nTimeStamp ? kStepBackTicks : 0)) & kScrMask;
+        const int64_t ticks = (time - m_clock.m_nTimeStamp) * kTicksPerMs;
+        const int64_t step_back = time < m_clock.m_nTimeStamp ? kStepBackTicks : 0;
+        m_clock.m_nSrc = (m_clock.m_nSrc + ticks + step_back) & kScrMask;
     }
-    m_bStarted = true;
-    m_nTimeStamp = time;
+    m_clock.m_bStarted = true;
+    m_clock.m_nTimeStamp = time;
 }
 
-void CGaysPsPacket::PutFrame(CMsbCursor& w, const SGFrameInfo& frame, uint8_t frame_type) const
+int CGaysPsPacket::PutFrame(CPsOutput& output, const SGFrameInfo& frame, uint8_t frame_type) const
 {
-    for (uint32_t at = 0; at < frame.frame_size; at += kPesChunkLen)
-    {
-        const uint32_t length = std::min(frame.frame_size - at, kPesChunkLen);
-        ps_pack_video(w,
-                      {.scr = m_nSrc,
-                       .width = static_cast<int32_t>(frame.width),
-                       .height = static_cast<int32_t>(frame.heigth),
-                       .frame_rate = static_cast<int32_t>(frame.frame_rate),
-                       .payload_len = static_cast<uint16_t>(length),
-                       .first_packet_of_frame = at == 0,
-                       .encode_type = static_cast<uint8_t>(frame.frame_encode),
-                       .frame_type = frame_type},
-                      frame.frame_pointer + at);
-    }
-}
-
-size_t CGaysPsPacket::Measure(const SGFrameInfo& frame, uint8_t frame_type) const
-{
-    CMsbCursor measure;
-    PutFrame(measure, frame, frame_type);
-    return measure.Produced();
+    return output.Write(
+        [&](CMsbCursor& w)
+        {
+            for (uint32_t at = 0; at < frame.frame_size; at += kPesChunkLen)
+            {
+                const uint32_t length = std::min(frame.frame_size - at, kPesChunkLen);
+                ps_pack_video(w,
+                              {.scr = m_clock.m_nSrc,
+                               .width = static_cast<int32_t>(frame.width),
+                               .height = static_cast<int32_t>(frame.heigth),
+                               .frame_rate = static_cast<int32_t>(frame.frame_rate),
+                               .payload_len = static_cast<uint16_t>(length),
+                               .first_packet_of_frame = at == 0,
+                               .encode_type = static_cast<uint8_t>(frame.frame_encode),
+                               .frame_type = frame_type},
+                              frame.frame_pointer + at);
+            }
+        });
 }
 
 }  // namespace Orbel::Wrapton

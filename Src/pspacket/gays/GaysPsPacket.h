@@ -28,15 +28,19 @@ public:
 private:
     /// Moves the clock on by a frame; the first call of all only starts it.
     void calc_scr();
-    /// The frame's chunks, stamped with the clock as it stands.
-    void PutFrame(CMsbCursor& w, const SGFrameInfo& frame, uint8_t frame_type) const;
-    /// The length of what PutFrame() gives.
-    [[nodiscard]] size_t Measure(const SGFrameInfo& frame, uint8_t frame_type) const;
+    /// Writes the frame's chunks, stamped with the clock as it stands. @return the length; 0
+    /// without room
+    int PutFrame(CPsOutput& output, const SGFrameInfo& frame, uint8_t frame_type) const;
 
-    int64_t m_nTimeStamp = 0;  // ms
-    int64_t m_nSrc = 0;        // SCR, 33 bits
-    int32_t m_nRate = 0;       // of the last I frame
-    bool m_bStarted = false;   // calc_scr() has been called
+    /// What a picture changes; one that is refused changes nothing.
+    struct Clock
+    {
+        int64_t m_nTimeStamp = 0;  // ms
+        int64_t m_nSrc = 0;        // SCR, 33 bits
+        int32_t m_nRate = 0;       // of the last I frame
+        bool m_bStarted = false;   // calc_scr() has been called
+    };
+    Clock m_clock;
 };
 
 }  // namespace Orbel::Wrapton
