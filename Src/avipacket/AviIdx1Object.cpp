@@ -23,7 +23,6 @@ int CAviIdx1Object::Init() noexcept
 
     const std::array<unsigned char, kHeaderLen> header{};
     m_outputBuffer.StaticAppendBuffer(header.data(), kHeaderLen);
-    WriteHeader();
     return SG_ERR_NOERR;
 }
 
@@ -49,13 +48,13 @@ int CAviIdx1Object::InputEntry(const Avi_Idx1Entry* entry) noexcept
 
     m_objectSize += kEntryLen;
     ++m_entryCount;
-    WriteHeader();
     return SG_ERR_NOERR;
 }
 
-const unsigned char* CAviIdx1Object::GetBuffer() const noexcept
+const unsigned char* CAviIdx1Object::GetBuffer() noexcept
 {
-    return m_outputBuffer.Data().data();
+    WriteHeader();
+    return m_outputBuffer.GetPointer();
 }
 
 uint32_t CAviIdx1Object::GetBufferLen() const noexcept
@@ -65,6 +64,8 @@ uint32_t CAviIdx1Object::GetBufferLen() const noexcept
 
 void CAviIdx1Object::WriteHeader() noexcept
 {
+    if (m_outputBuffer.GetPointer() == nullptr) return;
+
     CLsbCursor w({m_outputBuffer.GetPointer(), kHeaderLen});
     w.FourCC("idx1");
     w.U32(m_objectSize);

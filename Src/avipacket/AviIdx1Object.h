@@ -18,7 +18,8 @@ public:
     int Reserve() noexcept;
     int InputEntry(const Avi_Idx1Entry* entry) noexcept;
 
-    [[nodiscard]] const unsigned char* GetBuffer() const noexcept;
+    /// The chunk; its header is brought up to date here, not with every entry.
+    [[nodiscard]] const unsigned char* GetBuffer() noexcept;
     [[nodiscard]] uint32_t GetBufferLen() const noexcept;
     [[nodiscard]] uint32_t GetEntryCount() const noexcept { return m_entryCount; }
 

@@ -43,7 +43,6 @@ int CAviIxObject::Init(uint32_t stream, uint64_t baseOffset) noexcept
 
     const std::array<unsigned char, kHeaderLen> header{};
     m_outputBuffer.StaticAppendBuffer(header.data(), kHeaderLen);
-    WriteHeader();
     return SG_ERR_NOERR;
 }
 
@@ -65,13 +64,13 @@ int CAviIxObject::InputEntry(const stdindex_entry* entry) noexcept
 
     m_objectSize += kEntryLen;
     ++m_entryCount;
-    WriteHeader();
     return SG_ERR_NOERR;
 }
 
-const unsigned char* CAviIxObject::GetBuffer() const noexcept
+const unsigned char* CAviIxObject::GetBuffer() noexcept
 {
-    return m_outputBuffer.Data().data();
+    WriteHeader();
+    return m_outputBuffer.GetPointer();
 }
 
 uint32_t CAviIxObject::GetBufferLen() const noexcept
@@ -82,6 +81,8 @@ uint32_t CAviIxObject::GetBufferLen() const noexcept
 /// AVISTDINDEX without its entries, OpenDML AVI File Format Extensions 1.02.
 void CAviIxObject::WriteHeader() noexcept
 {
+    if (m_outputBuffer.GetPointer() == nullptr) return;
+
     CLsbCursor w({m_outputBuffer.GetPointer(), kHeaderLen});
     PutFourCC(w, m_fourcc);
     w.U32(m_objectSize);

@@ -20,7 +20,8 @@ public:
     int Reserve() noexcept;
     int InputEntry(const stdindex_entry* entry) noexcept;
 
-    [[nodiscard]] const unsigned char* GetBuffer() const noexcept;
+    /// The chunk; its header is brought up to date here, not with every entry.
+    [[nodiscard]] const unsigned char* GetBuffer() noexcept;
     /// 0 while there are no entries: the chunk is left out then.
     [[nodiscard]] uint32_t GetBufferLen() const noexcept;
     [[nodiscard]] uint32_t GetEntryCount() const noexcept { return m_entryCount; }

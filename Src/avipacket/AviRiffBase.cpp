@@ -83,7 +83,7 @@ void CAviRiffBase::EmitIndexes() noexcept
     EmitIndex(m_ix01Object, m_nIx01Offset);
 }
 
-void CAviRiffBase::EmitIndex(const CAviIxObject& index, uint64_t& position) noexcept
+void CAviRiffBase::EmitIndex(CAviIxObject& index, uint64_t& position) noexcept
 {
     position = m_nBaseOffset + m_nCurOffset;
     const uint32_t length = index.GetBufferLen();

@@ -62,7 +62,7 @@ protected:
     Avi_MovieList m_moviList;
 
 private:
-    void EmitIndex(const CAviIxObject& index, uint64_t& position) noexcept;
+    void EmitIndex(CAviIxObject& index, uint64_t& position) noexcept;
     [[nodiscard]] CAviIxObject& IndexOf(eAviStream stream) noexcept;
     void Advance(uint32_t length) noexcept;
 

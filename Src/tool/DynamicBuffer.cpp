@@ -108,7 +108,7 @@ bool CDynamicBuffer::Enlarge(int capacity) noexcept
     const size_t needed = static_cast<size_t>(capacity);
     if (m_pBuffer == nullptr || needed > m_nStorage)
     {
-        const size_t storage = std::max(needed, m_nStorage + m_nStorage / 2);
+        const size_t storage = std::max(needed, 2 * m_nStorage);
         std::unique_ptr<unsigned char[]> larger(new (std::nothrow) unsigned char[storage]);
         if (larger == nullptr) return false;
         if (m_nDataLen != 0)

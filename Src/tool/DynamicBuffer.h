@@ -12,8 +12,9 @@ namespace Orbel::Wrapton
  * A growable byte buffer with a fixed growth rule: 16384 bytes first, then doubling while the
  * capacity is at most 256000, then steps of 65536. Results are SG_ERR_TYPE codes.
  *
- * The rule decides MaxSize(). The storage behind it grows ahead of the rule, by half of itself, so
- * that a table of millions of entries is not moved again at every 64 KiB.
+ * The rule decides MaxSize(). The storage behind it doubles ahead of the rule, so that a table of
+ * millions of entries is not moved again at every 64 KiB. Memory that nothing was written to yet
+ * takes no page.
  */
 class CDynamicBuffer
 {

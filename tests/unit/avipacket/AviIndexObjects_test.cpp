@@ -15,12 +15,12 @@ using Golden::Bytes;
 using Support::Same;
 
 template <class Object>
-Bytes Image(const Object& object)
+Bytes Image(Object& object)
 {
     return {object.GetBuffer(), object.GetBuffer() + object.GetBufferLen()};
 }
 
-Bytes Image(const CAviIndxObject& object)
+Bytes Image(CAviIndxObject& object)
 {
     return {object.GetBuffer().begin(), object.GetBuffer().end()};
 }
