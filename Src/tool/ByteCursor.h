@@ -103,6 +103,16 @@ struct Field
     uint32_t value;
 };
 
+/// The word that fields make up, the first in the highest bits.
+template <unsigned... Widths>
+constexpr uint64_t WordOf(Field<Widths>... fields) noexcept
+{
+    static_assert((Widths + ...) <= 64);
+    uint64_t word = 0;
+    ((word = word << Widths | fields.value), ...);
+    return word;
+}
+
 /// Big-endian layouts.
 class CMsbCursor : public CByteCursor
 {
@@ -125,14 +135,12 @@ public:
     {
         static_assert((Widths + ...) == Total, "the fields do not fill the word");
         static_assert(Total % 8 == 0 && Total <= 64);
-        uint64_t word = 0;
-        ((word = word << Widths | fields.value), ...);
         // One claim for the whole word: it is stored whole or, at the end of the room, not at all.
         unsigned char* const place = Claim(Total / 8);
         if (place == nullptr) return;
 
         static_assert(std::endian::native == std::endian::little);
-        const uint64_t bytes = __builtin_bswap64(word << (64 - Total));
+        const uint64_t bytes = __builtin_bswap64(WordOf(fields...) << (64 - Total));
         std::memcpy(place, &bytes, Total / 8);
     }
 

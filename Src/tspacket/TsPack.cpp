@@ -77,16 +77,16 @@ uint32_t PesPacketLength(size_t frame_size, size_t header_data_len, TS_TYPE type
 }
 
 /// Header of a transport packet, table 2-2.
-void PutTsHeader(CMsbCursor& w, const TS_pack& pack)
+constexpr uint32_t TsHeader(const TS_pack& pack)
 {
-    w.U8(pack.sync_byte);
-    w.Bits<16>(Field<1>(pack.transport_error_indicator),
-               Field<1>(pack.payload_unit_start_indicator),
-               Field<1>(pack.transport_priority),
-               Field<13>(pack.PID));
-    w.Bits<8>(Field<2>(pack.transport_scrambling_control),
-              Field<2>(pack.adaptation_field_control),
-              Field<4>(pack.continuity_counter));
+    return static_cast<uint32_t>(WordOf(Field<8>(pack.sync_byte),
+                                        Field<1>(pack.transport_error_indicator),
+                                        Field<1>(pack.payload_unit_start_indicator),
+                                        Field<1>(pack.transport_priority),
+                                        Field<13>(pack.PID),
+                                        Field<2>(pack.transport_scrambling_control),
+                                        Field<2>(pack.adaptation_field_control),
+                                        Field<4>(pack.continuity_counter)));
 }
 
 /// Adaptation field, table 2-6, with stuffing to its length.
@@ -121,7 +121,7 @@ void PutSection(CMsbCursor& w, uint32_t pid, const std::array<unsigned char, Siz
     TS_pack pack;
     TsPaskInit(pack);
     pack.PID = pid;
-    PutTsHeader(w, pack);
+    w.U32(TsHeader(pack));
     w.U8(0);  // pointer_field
     w.Bytes(section);
     w.U32(CRC_encode(section));
@@ -176,13 +176,7 @@ uint32_t FollowingHeader(uint32_t pid)
     pack.PID = pid;
     pack.payload_unit_start_indicator = 0;
     pack.adaptation_field_control = kAdaptationAndPayload;
-    std::array<unsigned char, kHeaderLen> bytes{};
-    CMsbCursor w(bytes);
-    PutTsHeader(w, pack);
-    uint32_t header = 0;
-    for (const unsigned char byte : bytes)
-        header = header << 8 | byte;
-    return header;
+    return TsHeader(pack);
 }
 
 /// The clock's step at a frame rate. Kept: whole milliseconds, so 0 above 1000.
@@ -345,7 +339,7 @@ void Pes2Ts(CMsbCursor& w,
         pack.PCR_flag = first ? 1 : 0;
         pack.adaptation_field_length = static_cast<uint32_t>(kBodyLen - length);
         pack.continuity_counter = static_cast<uint32_t>(continuity_counter);
-        PutTsHeader(w, pack);
+        w.U32(TsHeader(pack));
         PutAdaptationField(w, pack, clock);
         PutPesBytes(w, pes, at, length);
         continuity_counter = (continuity_counter + 1) % kContinuityCycle;
