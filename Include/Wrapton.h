@@ -306,7 +306,7 @@ typedef struct SGRtpPackageParam
     uint32_t sequence_number;   /**< of the next packet, 16 bits. Stored, and read back, one
                                      lower */
     uint32_t timestamp;         /**< of the first frame, in RTP clock units */
-    uint32_t ssrc;              /**< synchronisation source; a random one until it is set */
+    uint32_t ssrc;              /**< synchronisation source; until it is set a value of rand() */
     uint32_t audio_sample;      /**< audio clock in Hz; 0: audio frames do not advance it */
     uint32_t payload_type;      /**< RTP payload type; 7 bits of it are written */
     const unsigned char* extension_data; /**< body of the header extension, at most 262140 bytes: a

@@ -1,9 +1,8 @@
 #include "tool/Clock.h"
 
 #include <atomic>
-#include <exception>
+#include <cstdlib>
 #include <mutex>
-#include <random>
 
 namespace Orbel::Wrapton
 {
@@ -29,17 +28,10 @@ bool SystemLocalTime(int64_t time, std::tm& broken_down) noexcept
     return localtime_r(&seconds, &broken_down) != nullptr;
 }
 
+/// Kept: of the C library's sequence, so that a program's srand() decides what comes.
 uint32_t SystemRandom() noexcept
 {
-    try
-    {
-        return static_cast<uint32_t>(std::random_device{}());
-    }
-    catch (const std::exception&)
-    {
-        // No entropy source: the clock still tells two recorders apart.
-        return static_cast<uint32_t>(SystemNow()) * 2654435761u;
-    }
+    return static_cast<uint32_t>(std::rand());  // NOLINT(cert-msc30-c,cert-msc50-cpp)
 }
 
 constexpr Sources kSystemSources{SystemNow, SystemLocalTime, SystemRandom};

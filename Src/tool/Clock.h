@@ -17,7 +17,7 @@ struct Sources
     int64_t (*now)() noexcept;
     /// Breaks a time down in the local time zone; false when that cannot be done.
     bool (*local_time)(int64_t time, std::tm& broken_down) noexcept;
-    /// 32 random bits.
+    /// A random number.
     uint32_t (*random)() noexcept;
 };
 
@@ -74,7 +74,7 @@ private:
     uint32_t m_nDate = 0;
 };
 
-/// 32 random bits.
+/// A random number; the system's is of the C library's rand().
 uint32_t get_random() noexcept;
 
 }  // namespace Orbel::Wrapton

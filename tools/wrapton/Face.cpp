@@ -1,5 +1,6 @@
 #include "Face.h"
 
+#include <random>
 #include <system_error>
 #include <utility>
 
@@ -25,6 +26,8 @@ public:
         ++param.sequence_number;  // a get tells that of the last packet, a set takes the next one's
         param.payload_type = stream.payload_type;
         param.audio_sample = stream.clock;
+        // The library's own is the same in every run of the command.
+        param.ssrc = std::random_device{}();
         m_packager.SetRtp(param, error);
         return error.value();
     }

@@ -1,5 +1,6 @@
 // SG_SetParam() and SG_GetParam().
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -300,6 +301,23 @@ TEST(RtpGetParam, ChecksItsArgumentsInOrder)
     EXPECT_EQ(SG_GetParam(handle, 0, &params, &length), SG_ERR_NOERR);
     EXPECT_EQ(length, 64u);
     EXPECT_EQ(params.struct_size, 64u);
+}
+
+TEST(RtpParams, BeginWithASourceOfTheProgramsRandomSequence)
+{
+    for (const unsigned int seed : {1u, 7u})
+    {
+        std::srand(seed);
+        const auto expected =
+            static_cast<uint32_t>(std::rand());  // NOLINT(cert-msc30-c,cert-msc50-cpp)
+        std::srand(seed);
+        Support::AppendingSink sink;
+        Support::Recorder calls(SG_STREAM_TYPE_RTP, sink);
+        SGRtpPackageParam params{};
+        unsigned int length = sizeof(params);
+        EXPECT_EQ(SG_GetParam(calls.Handle(), 0, &params, &length), SG_ERR_NOERR);
+        EXPECT_EQ(params.ssrc, expected) << seed;
+    }
 }
 
 TEST(RtpParams, NeedNoAlignment)
