@@ -84,6 +84,7 @@ def configure(source, build, *definitions):
         f"-DCMAKE_CXX_COMPILER={CXX_COMPILER}",
         f"-DCMAKE_CXX_COMPILER_LAUNCHER={LAUNCHER}",
         "-DCMAKE_BUILD_TYPE=Debug",
+        "-DCMAKE_CXX_FLAGS_DEBUG=",  # what is built here runs for a moment
         *definitions,
     ]
     return run(CMAKE, "-S", source, "-B", build, "-G", GENERATOR, *arguments)
@@ -91,6 +92,12 @@ def configure(source, build, *definitions):
 
 def build(directory):
     return run(CMAKE, "--build", directory, "--parallel", "2")
+
+
+def setUpModule():
+    global LIBRARY_BUILD  # for both kinds, which are made of the same objects
+    LIBRARY_BUILD = Path(tempfile.mkdtemp(prefix="wrapton-build-"))
+    unittest.addModuleCleanup(shutil.rmtree, LIBRARY_BUILD)
 
 
 class Install:
@@ -104,15 +111,15 @@ class Install:
         cls.addClassCleanup(shutil.rmtree, cls.scratch)
         configure(
             ROOT,
-            cls.scratch / "build",
+            LIBRARY_BUILD,
             f"-DBUILD_SHARED_LIBS={'ON' if cls.shared else 'OFF'}",
             "-DCMAKE_INSTALL_LIBDIR=lib",
             *[f"-DWRAPTON_BUILD_{option}=OFF" for option in OPTIONS],
             *[f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in HIDDEN],
         )
-        build(cls.scratch / "build")
+        build(LIBRARY_BUILD)
         staged = cls.scratch / "staged"
-        run(CMAKE, "--install", cls.scratch / "build", "--prefix", staged)
+        run(CMAKE, "--install", LIBRARY_BUILD, "--prefix", staged)
         # An installed tree may be moved.
         cls.prefix = cls.scratch / "moved" / "wrapton"
         cls.prefix.parent.mkdir()
