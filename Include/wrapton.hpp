@@ -6,9 +6,11 @@
  *     using namespace Orbel::Wrapton;
  *     FileSink file("camera.mp4", SG_STREAM_TYPE_MP4);
  *     Packager packager(SG_STREAM_TYPE_MP4, std::ref(file));
- *     packager.Header({});
- *     packager.Input(frame, VideoFrame(SG_ENCODE_VIDEO_HI_H264, SG_FRAME_SUB_TYPE_I, 640, 360,
- * 25)); packager.Tailer(); file.Finish();
+ *     SGFrameInfo key = VideoFrame(SG_ENCODE_VIDEO_HI_H264, SG_FRAME_SUB_TYPE_I, 640, 360, 25);
+ *     packager.Header();
+ *     packager.Input(bytes, key);    // for every coded frame
+ *     packager.Tailer();
+ *     file.Finish();
  *
  * Every operation that can fail has two forms, as in std::filesystem: one throws std::system_error,
  * the other is noexcept and takes a std::error_code, which it clears when all went well.
@@ -79,14 +81,34 @@ inline const std::error_category& PackagingCategory() noexcept
                     return "code " + std::to_string(code) + " of the packager";
             }
         }
+        /// So that `error == std::errc::not_enough_memory` can be asked as of any other error.
+        [[nodiscard]] std::error_condition default_error_condition(int code) const noexcept override
+        {
+            switch (code)
+            {
+                case SG_ERR_HANDLE_EMPTY:
+                    return std::errc::bad_file_descriptor;
+                case SG_ERR_PARAM_ERR:
+                case SG_ERR_EMPTY_POINTER:
+                    return std::errc::invalid_argument;
+                case SG_ERR_MEMORY_OUT:
+                    return std::errc::not_enough_memory;
+                case SG_ERR_ENCODE_UNSUPPORT:
+                    return std::errc::not_supported;
+                default:
+                    return {code, *this};
+            }
+        }
     };
     static const Category s_category;
     return s_category;
 }
 
-/// Found by std::error_code, so that `error == SG_ERR_PARAM_ERR` can be written.
+/// Found by std::error_code, so that `error == SG_ERR_PARAM_ERR` can be written. SG_ERR_NOERR is no
+/// error, as clear() leaves it.
 inline std::error_code make_error_code(SG_ERR_TYPE code) noexcept
 {
+    if (code == SG_ERR_NOERR) return {};
     return {static_cast<int>(code), PackagingCategory()};
 }
 
@@ -130,14 +152,15 @@ inline SGFrameInfo AudioFrame(SG_ENCODE_AUDIO_TYPE encode,
 class Packager
 {
 public:
-    /// @param output called with every Block, inside the call that made it. It gives nothing, or
-    ///        the number of bytes that it stored; one that throws has stored none. It is copied, so
-    ///        give std::ref of an object that is to be kept.
+    /// @param output called with every Block that has bytes, inside the call that made it. It gives
+    ///        nothing, or the number of bytes that it stored, none when that is negative; one that
+    ///        throws has stored none, and is not called again during the same call. It is copied,
+    ///        so give std::ref of an object that is to be kept.
     template <typename Output>
     Packager(unsigned int type, Output output)
     {
         std::error_code error;
-        Create(type, std::move(output), error);
+        Create(type, output, error);
         ThrowIf(error, "SG_CreateHandle");
     }
 
@@ -145,7 +168,7 @@ public:
     template <typename Output>
     Packager(unsigned int type, Output output, std::error_code& error) noexcept
     {
-        Create(type, std::move(output), error);
+        Create(type, output, error);
     }
 
     /// Discards the output.
@@ -188,6 +211,7 @@ public:
                       const SGFrameInfo& attributes,
                       std::error_code& error) noexcept
     {
+        void* const handle = Begin(false);
         if (bytes.size() > UINT32_MAX)
         {
             error = SG_ERR_PARAM_ERR;
@@ -197,7 +221,7 @@ public:
         record.struct_size = sizeof record;
         record.frame_pointer = bytes.data();
         record.frame_size = static_cast<uint32_t>(bytes.size());
-        Judge(SG_InputFrame(Begin(false), &record), error);
+        Judge(SG_InputFrame(handle, &record), error);
     }
 
     /// The same for bytes that must stay as they are: Matroska gets a copy, all others only read.
@@ -210,7 +234,8 @@ public:
                std::error_code& error) noexcept
     {
         std::span<unsigned char> given(const_cast<unsigned char*>(bytes.data()), bytes.size());
-        if (m_pState && m_pState->type == SG_STREAM_TYPE_MKV)
+        const bool is_changed = m_pState && m_pState->type == SG_STREAM_TYPE_MKV;
+        if (is_changed && bytes.size() <= UINT32_MAX)
         {
             try
             {
@@ -218,6 +243,7 @@ public:
             }
             catch (const std::bad_alloc&)
             {
+                Begin(false);
                 error = SG_ERR_MEMORY_OUT;
                 return;
             }
@@ -303,19 +329,30 @@ private:
     {
         static_assert(std::is_invocable_v<Output&, const Block&>,
                       "the output is called with a Block");
-        if constexpr (std::is_void_v<std::invoke_result_t<Output&, const Block&>>)
+        using Result = std::invoke_result_t<Output&, const Block&>;
+        if constexpr (std::is_void_v<Result>)
+        {
             return [output = std::move(output)](const Block& block) mutable
             {
                 output(block);
                 return block.bytes.size();
             };
+        }
         else
+        {
+            static_assert(std::is_integral_v<Result> && !std::is_same_v<Result, bool>,
+                          "the output gives nothing, or how many bytes it stored");
             return [output = std::move(output)](const Block& block) mutable
-            { return static_cast<std::size_t>(output(block)); };
+            {
+                const Result stored = output(block);
+                return std::cmp_less(stored, 0) ? 0 : static_cast<std::size_t>(stored);
+            };
+        }
     }
 
+    /// @param output by reference, so that a callable that throws when it is moved does it here
     template <typename Output>
-    void Create(unsigned int type, Output output, std::error_code& error) noexcept
+    void Create(unsigned int type, Output& output, std::error_code& error) noexcept
     {
         error.clear();
         try
@@ -381,6 +418,8 @@ private:
     {
         if (Thrown())
             error = std::make_error_code(std::errc::operation_canceled);
+        else if (code == SG_ERR_NOERR)
+            error.clear();
         else
             error.assign(code, PackagingCategory());
     }

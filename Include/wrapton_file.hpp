@@ -17,6 +17,7 @@
 #include <new>
 #include <span>
 #include <system_error>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -63,7 +64,9 @@ struct FileOptions
  * A file that takes the blocks of one recording.
  *
  * The first error stays: nothing is written after it, every block is then refused whole, and
- * Error() and Finish() tell it. Writes that were cut short or interrupted are continued.
+ * Error() and Finish() tell it. A block that comes behind Finish(), or to an object that was moved
+ * from, is such an error (std::errc::bad_file_descriptor). Writes that were cut short or
+ * interrupted are continued.
  *
  * Two containers close with a block whose place is the consumer's choice. No-seek MP4: it would
  * overwrite the beginning, and is left out. FLV: the header, complete by now, replaces the first
@@ -89,7 +92,7 @@ public:
     }
 
     /// Continues an open file, a pipe or a device at its end, and never goes back in it. The
-    /// descriptor stays the caller's.
+    /// descriptor stays the caller's; it has to be one that waits (without O_NONBLOCK).
     static FileSink Appending(int descriptor, unsigned int type, Sync sync = Sync::kNever) noexcept
     {
         FileSink sink;
@@ -143,13 +146,16 @@ public:
     /// Places bytes where they are said to belong.
     std::size_t Place(int64_t offset, Origin origin, std::span<const unsigned char> bytes) noexcept
     {
-        if (!Good() || m_nFile < 0 || !MoveTo(offset, origin)) return 0;
+        if (bytes.empty()) return 0;
+        if (Good() && m_nFile < 0) m_nError = EBADF;
+        if (!Good() || !MoveTo(offset, origin)) return 0;
 
         std::size_t written = 0;
         while (written < bytes.size())
         {
-            const ssize_t count = write(m_nFile, bytes.data() + written, bytes.size() - written);
-            if (count < 0 && errno == EINTR) continue;
+            const auto left = bytes.subspan(written);
+            const ssize_t count = Uninterrupted(
+                [&] { return static_cast<ssize_t>(write(m_nFile, left.data(), left.size())); });
             if (count <= 0)
             {
                 m_nError = count < 0 ? errno : EIO;
@@ -159,7 +165,7 @@ public:
         }
         m_nPosition += static_cast<int64_t>(written);
         m_nEnd = std::max(m_nEnd, m_nPosition);
-        if (m_sync == Sync::kEachBlock) SyncNow(fdatasync);
+        if (m_sync == Sync::kEachBlock) SyncNow(m_nFile, fdatasync);
         return written;
     }
 
@@ -177,7 +183,8 @@ public:
     /// The end of the highest block so far.
     [[nodiscard]] uint64_t Size() const noexcept { return static_cast<uint64_t>(m_nEnd); }
 
-    /// False when the file was removed or replaced while it was written.
+    /// False when the file was removed or replaced while it was written. The name is that of the
+    /// directory the process was in then.
     [[nodiscard]] bool StillThere() const noexcept
     {
         struct stat self = {};
@@ -188,7 +195,8 @@ public:
 
     /// Brings everything to the disk, sees that the file is still there under its name
     /// (std::errc::no_such_file_or_directory otherwise) and closes it. Fails with the first error
-    /// of all; the file then stays as it is, and is closed by the destructor.
+    /// of all; the file then stays as it is, and is closed by the destructor. Again, it only tells
+    /// that error.
     void Finish()
     {
         std::error_code error;
@@ -200,13 +208,15 @@ public:
         error.clear();
         if (Good() && m_nFile >= 0)
         {
-            if (m_sync != Sync::kNever) SyncNow(fsync);
+            if (m_sync != Sync::kNever) SyncNow(m_nFile, fsync);
+            if (m_sync == Sync::kAtEnd) SyncDirectory();
             if (Good() && m_bRegular && !StillThere()) m_nError = ENOENT;
         }
         if (Good() && m_nFile >= 0)
         {
             const int file = std::exchange(m_nFile, -1);
-            if (m_bOwned && close(file) != 0) m_nError = errno;
+            // Interrupted, it is closed all the same.
+            if (m_bOwned && close(file) != 0 && errno != EINTR) m_nError = errno;
         }
         if (!Good()) error = Error();
     }
@@ -227,6 +237,8 @@ private:
         m_nType = type;
         m_sync = options.sync;
         m_nError = TryOpen(path, options);
+        // A file whose name is lost with the power is lost with all its blocks.
+        if (m_sync == Sync::kEachBlock) SyncDirectory();
         error = Error();
         if (m_nError != 0 && m_nFile >= 0) close(std::exchange(m_nFile, -1));
     }
@@ -236,14 +248,18 @@ private:
     {
         try
         {
-            m_path = path;
+            std::error_code error;
+            // The process may go to another directory meanwhile.
+            m_path = std::filesystem::absolute(path, error);
+            if (error) m_path = path;
         }
         catch (const std::bad_alloc&)
         {
             return ENOMEM;
         }
         // Not emptied by open(): the file may turn out to be one of those to be spared.
-        m_nFile = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+        m_nFile =
+            Uninterrupted([&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666); });
         m_bOwned = true;
         struct stat self = {};
         if (m_nFile < 0 || fstat(m_nFile, &self) != 0) return errno;
@@ -253,7 +269,8 @@ private:
             if (stat(spared.c_str(), &other) == 0 && SameFile(self, other)) return EEXIST;
         }
         m_bRegular = S_ISREG(self.st_mode);
-        return m_bRegular && ftruncate(m_nFile, 0) != 0 ? errno : 0;
+        if (!m_bRegular) return 0;
+        return Uninterrupted([&] { return ftruncate(m_nFile, 0); }) != 0 ? errno : 0;
     }
 
     /// Moves to a place; false and an error when that is impossible.
@@ -278,10 +295,38 @@ private:
         return Good();
     }
 
-    void SyncNow(int (*sync)(int)) noexcept
+    /// Calls again as long as a signal interrupts the call.
+    template <typename Call>
+    static std::invoke_result_t<Call> Uninterrupted(Call call) noexcept
     {
-        // Pipes and devices know no fsync.
-        if (Good() && sync(m_nFile) != 0 && errno != EINVAL && errno != EROFS) m_nError = errno;
+        auto result = call();
+        while (result < 0 && errno == EINTR)
+            result = call();
+        return result;
+    }
+
+    void SyncNow(int file, int (*sync)(int)) noexcept
+    {
+        if (!Good() || Uninterrupted([&] { return sync(file); }) == 0) return;
+        if (errno != EINVAL && errno != EROFS) m_nError = errno;  // pipes and devices know no fsync
+    }
+
+    /// Brings the file's name to the disk, too. A directory that may not be read is left out.
+    void SyncDirectory() noexcept
+    {
+        if (!Good() || !m_bRegular) return;
+        int directory = -1;
+        try
+        {
+            directory = open(m_path.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        }
+        catch (const std::bad_alloc&)
+        {
+            m_nError = ENOMEM;
+        }
+        if (directory < 0) return;
+        SyncNow(directory, fsync);
+        close(directory);
     }
 
     /// Length of an FLV file header with the script tag behind it; 0: other bytes.
@@ -302,7 +347,7 @@ private:
         return length <= bytes.size() ? length : 0;
     }
 
-    std::filesystem::path m_path;
+    std::filesystem::path m_path;  ///< from the root
     int m_nFile = -1;
     int m_nError = 0;  ///< errno of the first failure
     unsigned int m_nType = 0;

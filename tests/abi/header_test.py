@@ -10,7 +10,7 @@ from pathlib import Path
 
 INCLUDE = Path(sys.argv.pop(1))
 
-WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Werror"]
+WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wsign-conversion", "-Wshadow", "-Werror"]
 C_VERSIONS = ["c99", "c11", "c17"]
 CXX_VERSIONS = ["c++11", "c++14", "c++17", "c++20"]
 COMPILERS = [("gcc", "g++"), ("clang", "clang++")]
@@ -34,15 +34,23 @@ extern "C" void* MakeMp4()
 static_assert(noexcept(SG_DestroyHandle(nullptr)), "nothing is thrown to a caller");
 """
 
+FACE_VERSIONS = ["c++20", "c++2b"]
 FACE_SOURCE = """\
 #include "wrapton.hpp"
 #include "wrapton_file.hpp"
+using namespace Orbel::Wrapton;
+bool Record();
 bool Record()
 {
     std::error_code error;
-    Orbel::Wrapton::Packager packager(Orbel::Wrapton::SG_STREAM_TYPE_MP4);
-    packager.Header(error);
-    return error == Orbel::Wrapton::SG_ERR_NOERR;
+    FileSink file("camera.mp4", SG_STREAM_TYPE_MP4);
+    Packager packager(SG_STREAM_TYPE_MP4, std::ref(file));
+    packager.Header();
+    packager.Input({}, VideoFrame(SG_ENCODE_VIDEO_HI_H264, SG_FRAME_SUB_TYPE_I, 640, 360, 25), error);
+    packager.SetRtp(packager.Rtp(), error);
+    packager.Tailer();
+    file.Finish();
+    return packager.Backup(error).has_value() && error == SG_ERR_NOERR;
 }
 """
 
@@ -85,11 +93,11 @@ def add_tests():
             self.compile(compiler, version, ".cpp", CXX_SOURCE)
 
         setattr(Header, f"test_{version}_by_{cxx_compiler}", as_cxx)
-    for _, cxx_compiler in COMPILERS:
-        def as_face(self, compiler=cxx_compiler):
-            self.compile(compiler, "c++20", ".cpp", FACE_SOURCE)
+    for (_, cxx_compiler), version in itertools.product(COMPILERS, FACE_VERSIONS):
+        def as_face(self, compiler=cxx_compiler, version=version):
+            self.compile(compiler, version, ".cpp", FACE_SOURCE)
 
-        setattr(Header, f"test_the_face_for_cxx20_by_{cxx_compiler}", as_face)
+        setattr(Header, f"test_the_face_as_{version}_by_{cxx_compiler}", as_face)
     for (_, compiler), version, header in itertools.product(COMPILERS, COMPONENT_VERSIONS, COMPONENT_HEADERS):
         def alone(self, compiler=compiler, version=version, header=header):
             self.compile(compiler, version, ".cpp", COMPONENT_SOURCE.format(header=header))

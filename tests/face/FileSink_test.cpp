@@ -91,8 +91,34 @@ TEST_F(FileSinkTest, OldContentIsGoneAndNothingIsWrittenAfterTheEnd)
     FileSink sink(Path("out"), SG_STREAM_TYPE_MP4);
     sink.Place(0, Origin::kStart, Text("new"));
     sink.Finish();
+    sink.Finish();  // once more changes nothing
     EXPECT_EQ(sink.Place(0, Origin::kEnd, Text("x")), 0u);
+    EXPECT_EQ(Finish(sink), std::errc::bad_file_descriptor);  // a block was lost
     EXPECT_EQ(Content(Path("out")), "new");
+}
+
+TEST_F(FileSinkTest, AnEmptyBlockIsNoneWhereverItWouldBelong)
+{
+    FileSink sink(Path("out"), SG_STREAM_TYPE_MP4);
+    for (const int64_t offset : {int64_t{0}, int64_t{100}, int64_t{-1}})
+        EXPECT_EQ(sink.Place(offset, Origin::kStart, {}), 0u);
+    EXPECT_EQ(sink.Place(0, Origin::kCurrent, Text("abc")), 3u);
+    EXPECT_FALSE(Finish(sink));
+    EXPECT_EQ(sink.Place(0, Origin::kCurrent, {}), 0u);
+    EXPECT_TRUE(sink.Good());
+    EXPECT_EQ(Content(Path("out")), "abc");
+}
+
+TEST_F(FileSinkTest, AFileIsFoundFromAnotherDirectory)
+{
+    const fs::path before = fs::current_path();
+    fs::current_path(m_directory);
+    FileSink sink("out", SG_STREAM_TYPE_MP4);
+    fs::current_path(before);
+    sink.Place(0, Origin::kStart, Text("abc"));
+    EXPECT_TRUE(sink.StillThere());
+    EXPECT_FALSE(Finish(sink));
+    EXPECT_EQ(Content(Path("out")), "abc");
 }
 
 TEST_F(FileSinkTest, ASparedFileIsNotOpenedWhateverItsName)
@@ -354,6 +380,10 @@ TEST_F(FileSinkTest, TakesARecordingAndKeepsItsPlaceWhenItMoves)
     first.Place(0, Origin::kStart, Text("abc"));
     FileSink sink = std::move(first);
     sink.Place(0, Origin::kCurrent, Text("def"));
+    // NOLINTBEGIN(bugprone-use-after-move): what is left is the point
+    EXPECT_EQ(first.Place(0, Origin::kStart, Text("x")), 0u);
+    EXPECT_EQ(Finish(first), std::errc::bad_file_descriptor);
+    // NOLINTEND(bugprone-use-after-move)
     sink.Finish();
     EXPECT_EQ(Content(Path("out")), "abcdef");
 }

@@ -147,6 +147,49 @@ TEST(Packager, TellsCodesInWords)
     EXPECT_EQ(category.message(77), "code 77 of the packager");
 }
 
+TEST(Packager, TellsCodesAsTheStandardLibraryDoes)
+{
+    EXPECT_EQ(make_error_code(SG_ERR_MEMORY_OUT), std::errc::not_enough_memory);
+    EXPECT_EQ(make_error_code(SG_ERR_PARAM_ERR), std::errc::invalid_argument);
+    EXPECT_EQ(make_error_code(SG_ERR_EMPTY_POINTER), std::errc::invalid_argument);
+    EXPECT_EQ(make_error_code(SG_ERR_ENCODE_UNSUPPORT), std::errc::not_supported);
+    EXPECT_EQ(make_error_code(SG_ERR_HANDLE_EMPTY), std::errc::bad_file_descriptor);
+    EXPECT_NE(make_error_code(SG_ERR_INIT_FAIL), std::errc::invalid_argument);
+}
+
+TEST(Packager, ClearsTheErrorWhenAllWentWell)
+{
+    std::error_code error = SG_ERR_MEMORY_OUT;
+    Packager packager(SG_STREAM_TYPE_WAV);
+    packager.Header(error);
+    EXPECT_EQ(error, std::error_code());
+    EXPECT_EQ(error, SG_ERR_NOERR);
+    EXPECT_FALSE(packager.Backup(error));  // WAV has none, which is no error
+    EXPECT_EQ(error, std::error_code());
+}
+
+/// Can be copied once, when it is handed over, and not moved on from there.
+struct Heavy
+{
+    Heavy() = default;
+    Heavy(const Heavy& other) : left(other.left - 1)
+    {
+        if (left == 0) throw std::runtime_error("too heavy");
+    }
+    void operator()(const Block&) const {}
+
+    int left = 2;
+};
+
+TEST(Packager, AnOutputThatCannotBeMovedIsAnError)
+{
+    std::error_code error;
+    Packager packager(SG_STREAM_TYPE_WAV, Heavy(), error);
+    EXPECT_EQ(error, SG_ERR_INIT_FAIL);
+    EXPECT_FALSE(packager);
+    EXPECT_THROW(Packager(SG_STREAM_TYPE_WAV, Heavy()), std::system_error);
+}
+
 TEST(Packager, IsEmptyWithoutAHandle)
 {
     EXPECT_THROW(Packager{SG_STREAM_TYPE_TS}, std::system_error);
@@ -197,6 +240,37 @@ TEST(Packager, PassesOnWhatItsOutputThrew)
     packager.SetRtp({}, error);  // no RTP: nothing is emitted
     EXPECT_FALSE(error);
     EXPECT_EQ(packager.Thrown(), nullptr);
+}
+
+TEST(Packager, DoesNotThrowAgainWhatACallBeforeThrew)
+{
+    Packager packager(SG_STREAM_TYPE_WAV, [](const Block&) { throw std::runtime_error("once"); });
+    std::error_code error;
+    packager.Header(error);
+    ASSERT_NE(packager.Thrown(), nullptr);
+    // Nobody looks at the bytes of a frame that is too long for the record.
+    const unsigned char byte = 0;
+    const std::span<const unsigned char> too_long(&byte, std::size_t{UINT32_MAX} + 1);
+    EXPECT_THROW(packager.Input(too_long, kSound), std::system_error);
+    EXPECT_EQ(packager.Thrown(), nullptr);
+
+    Packager copying(SG_STREAM_TYPE_MKV);
+    copying.Input(too_long, kSound, error);
+    EXPECT_EQ(error, SG_ERR_PARAM_ERR);
+}
+
+TEST(Packager, StoresNothingWhereTheOutputAnswersWithLess)
+{
+    std::vector<int64_t> positions;
+    Packager packager(SG_STREAM_TYPE_MP4_NOSEEK,
+                      [&](const Block& block)
+                      {
+                          positions.push_back(block.offset);
+                          return -1;  // as write() says it
+                      });
+    packager.Header();
+    ASSERT_EQ(positions.size(), 2u);  // ftyp and free
+    EXPECT_EQ(positions[1], 0);
 }
 
 TEST(Packager, TellsTheLibraryHowMuchWasStored)
