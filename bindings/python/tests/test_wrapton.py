@@ -1,15 +1,15 @@
 """The package over the real library. WRAPTON_LIBRARY names the library, WRAPTON_SOURCE the source tree."""
 
 import ctypes
-import importlib.metadata
-import importlib.util
 import os
 import re
+import stat
 import subprocess
 import sys
 import tempfile
 import threading
 import unittest
+import unittest.mock
 import wave
 from pathlib import Path
 
@@ -18,9 +18,9 @@ from wrapton import _library as lib
 from wrapton._errors import fail
 from wrapton._file import flv_header_length
 
-PYTHON = Path(__file__).resolve().parent.parent
-SOURCE = Path(os.environ.get("WRAPTON_SOURCE", PYTHON.parent.parent))
+SOURCE = Path(os.environ.get("WRAPTON_SOURCE") or Path(__file__).resolve().parents[3])
 MEDIA = SOURCE / "tests" / "media"
+EXAMPLE = SOURCE / "bindings" / "python" / "examples" / "record.py"
 
 # A key picture: sequence and picture parameter set and a slice, each behind a start code of 4 bytes.
 KEY = bytes.fromhex("00000001 6742001F 00000001 68CE 00000001 658884")
@@ -257,6 +257,10 @@ class Errors(unittest.TestCase):
             packager.header()
         packager.close()
 
+    def test_an_answer_of_true_is_no_count(self):
+        with w.Packager(w.StreamType.WAV, lambda block: True) as packager:
+            self.assertRaisesRegex(TypeError, "how many bytes", packager.header)
+
     def test_the_output_cannot_call_back(self):
         caught = []
 
@@ -329,6 +333,45 @@ class Files(Scratch):
                 packager.header()
                 packager.input(KEY, KEY_PICTURE)
 
+    def test_the_name_of_a_file_reaches_the_disk_with_it(self):
+        synced = []
+        with unittest.mock.patch("os.fsync", lambda file: synced.append(stat.S_ISDIR(os.fstat(file).st_mode))):
+            for sync, names in ((w.Sync.NEVER, []), (w.Sync.AT_END, [False, True]), (w.Sync.EACH_BLOCK, [True, False])):
+                synced.clear()
+                with self.sink(w.StreamType.PS, sync=sync) as sink:
+                    sink.place(0, os.SEEK_CUR, b"x")
+                self.assertEqual(synced, names)
+
+    def test_a_file_is_found_from_another_directory(self):
+        before = os.getcwd()
+        os.chdir(self.directory)
+        try:
+            sink = w.FileSink("out", w.StreamType.PS)
+        finally:
+            os.chdir(before)
+        sink.place(0, os.SEEK_CUR, b"x")
+        sink.finish()
+        self.assertEqual(self.content(), b"x")
+
+    def test_an_empty_block_is_none_wherever_it_would_belong(self):
+        with self.sink(w.StreamType.PS) as sink:
+            self.assertEqual(sink.place(-1, os.SEEK_SET, b""), 0)
+            sink.place(0, os.SEEK_CUR, b"x")
+        self.assertEqual(self.content(), b"x")
+
+    def test_a_file_that_cannot_be_emptied_is_closed(self):
+        opened = []
+        real = os.open
+
+        def note(*arguments, **options):
+            opened.append(real(*arguments, **options))
+            return opened[-1]
+
+        with unittest.mock.patch("os.open", note), unittest.mock.patch("os.ftruncate", side_effect=OSError("full")):
+            with self.assertRaisesRegex(OSError, "full"):
+                self.sink(w.StreamType.PS)
+        self.assertRaises(OSError, os.fstat, opened[0])
+
     def test_a_removed_file_is_an_error(self):
         with self.assertRaises(FileNotFoundError), self.sink(w.StreamType.PS) as sink:
             sink.place(0, os.SEEK_CUR, b"x")
@@ -376,11 +419,11 @@ class Project(Scratch):
         stream = MEDIA / "qvga_320x240_12fps.mjpeg"
         output = self.directory / "out.mp4"
         result = subprocess.run(
-            [sys.executable, "-B", PYTHON / "examples" / "record.py", "320", "240", "12", stream, output],
+            [sys.executable, "-B", EXAMPLE, "320", "240", "12", stream, output],
             capture_output=True,
             text=True,
             check=False,
-            env=dict(os.environ, PYTHONPATH=str(PYTHON)),
+            env=dict(os.environ, PYTHONPATH=str(Path(w.__file__).parent.parent)),
         )
         self.assertEqual(result.returncode, 0, result.stderr)
         pictures = stream.read_bytes().count(b"\xff\xd8\xff")
@@ -388,28 +431,6 @@ class Project(Scratch):
         data = output.read_bytes()
         self.assertEqual(data.count(b"\xff\xd8\xff"), pictures)
         self.assertLess(data.index(b"moov"), data.index(b"mdat"))  # it went into the reserve
-
-    def test_a_wheel_holds_the_package_and_its_types(self):
-        needed = ["pip", "setuptools"]
-        if importlib.util.find_spec("setuptools") is not None:
-            old = int(importlib.metadata.version("setuptools").split(".")[0]) < 70
-            needed += ["wheel"] if old else []
-        for name in needed:
-            if importlib.util.find_spec(name) is None:
-                self.skipTest(f"{name} is not installed")
-        source = self.directory / "source"
-        subprocess.run(["cp", "-r", PYTHON, source], check=True)
-        command = [sys.executable, "-m", "pip", "wheel", "--no-deps", "--no-build-isolation", "-q", "-w", self.directory]
-        subprocess.run([*command, source], check=True, capture_output=True)
-        target = self.directory / "installed"
-        wheel = next(self.directory.glob("wrapton-1.0.0-py3-none-any.whl"))
-        subprocess.run(
-            [sys.executable, "-m", "pip", "install", "-q", "--no-deps", "--target", target, wheel],
-            check=True,
-            capture_output=True,
-        )
-        self.assertTrue((target / "wrapton" / "py.typed").is_file())
-        self.assertTrue((target / "wrapton" / "_packager.py").is_file())
 
 
 if __name__ == "__main__":

@@ -47,7 +47,7 @@ class FileSink:
         stream_type: int,
         sync: Sync = Sync.AT_END,
     ) -> None:
-        self.path = os.fspath(path)
+        self.path = os.path.abspath(path)  # the process may go to another directory meanwhile
         self.size = 0
         self._type = stream_type
         self._sync = sync
@@ -55,9 +55,15 @@ class FileSink:
         self._error: Optional[OSError] = None
         self._flv_header = 0
         self._file = os.open(self.path, os.O_WRONLY | os.O_CREAT | os.O_CLOEXEC, 0o666)
-        self._regular = stat.S_ISREG(os.fstat(self._file).st_mode)
-        if self._regular:
-            os.ftruncate(self._file, 0)
+        try:
+            self._regular = stat.S_ISREG(os.fstat(self._file).st_mode)
+            if self._regular:
+                os.ftruncate(self._file, 0)
+            if sync is Sync.EACH_BLOCK:
+                self._sync_directory()
+        except OSError:
+            self.close()
+            raise
 
     def __call__(self, block: Block) -> int:
         if self._type == StreamType.FLV and self._flv_header == 0:
@@ -72,6 +78,8 @@ class FileSink:
     def place(self, offset: int, origin: int, data: bytes) -> int:
         """Writes bytes where they are said to belong, all of them or until the first error."""
         self._go_on()
+        if not data:
+            return 0
         try:
             self._move(offset, origin)
             left = memoryview(data)
@@ -94,6 +102,8 @@ class FileSink:
             if self._regular:
                 if self._sync is not Sync.NEVER:
                     os.fsync(self._file)
+                if self._sync is Sync.AT_END:
+                    self._sync_directory()
                 named = os.stat(self.path)
                 if not os.path.samestat(named, os.fstat(self._file)):
                     raise FileNotFoundError(errno.ENOENT, "replaced while it was written", self.path)
@@ -128,6 +138,19 @@ class FileSink:
             raise self._error
         if self._file < 0:
             raise ValueError("the file is closed")
+
+    def _sync_directory(self) -> None:
+        """A file whose name is lost with the power is lost. A directory that may not be read is left out."""
+        if not self._regular:
+            return
+        try:
+            directory = os.open(os.path.dirname(self.path), os.O_RDONLY | os.O_DIRECTORY | os.O_CLOEXEC)
+        except OSError:
+            return
+        try:
+            os.fsync(directory)
+        finally:
+            os.close(directory)
 
     def _replaces_header(self, data: bytes) -> bool:
         return self._regular and 0 < self._flv_header == len(data) == flv_header_length(data)

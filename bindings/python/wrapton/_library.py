@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import ctypes
-import ctypes.util
 import enum
 import functools
 import os
@@ -213,8 +212,8 @@ _FUNCTIONS = {
 @functools.lru_cache(maxsize=None)
 def library() -> ctypes.CDLL:
     """The shared library, loaded when the first packager asks for it. Raises OSError without one."""
-    name = os.environ.get("WRAPTON_LIBRARY") or ctypes.util.find_library("wrapton") or "libwrapton.so.1"
-    loaded = ctypes.CDLL(name)
+    # By its interface's number: another one would have other records.
+    loaded = ctypes.CDLL(os.environ.get("WRAPTON_LIBRARY") or "libwrapton.so.1")
     for function, (result, arguments) in _FUNCTIONS.items():
         getattr(loaded, function).restype = result
         getattr(loaded, function).argtypes = arguments

@@ -256,6 +256,8 @@ class Packager:
         try:
             content = ctypes.string_at(data.data_pointer, data.data_size)
             stored = self._output(Block(data.offset_pos64, data.offset_type, content, self._closing))
+            if isinstance(stored, bool):
+                raise TypeError("the output gives None, or how many bytes it stored")
             if stored is not None:
                 data.data_size = max(-1, min(int(stored), data.data_size))
         except BaseException as error:  # pylint: disable=broad-except  # no exception may pass through C
