@@ -93,11 +93,27 @@ class Debian(unittest.TestCase):
 
     def test_the_library_is_all_of_its_package(self):
         names = {Path(file).name for file in self.files("libwrapton1")}
-        self.assertEqual(names, {"libwrapton.so.1", "libwrapton.so.1.0.0"})
+        self.assertEqual(names, {"libwrapton.so.1", "libwrapton.so.1.0.0", "copyright", "changelog.gz"})
         control = self.scratch / "control"
         run("dpkg-deb", "-e", self.packages["libwrapton1"], control)
-        self.assertIn("ldconfig", (control / "postinst").read_text())
+        self.assertEqual((control / "triggers").read_text(), "activate-noawait ldconfig\n")
         self.assertRegex((control / "shlibs").read_text(), r"libwrapton 1 libwrapton1")
+
+    def test_each_package_tells_its_license_and_what_it_is(self):
+        summaries = set()
+        for name in self.packages:
+            self.assertLessEqual(
+                {f"/usr/share/doc/{name}/copyright", f"/usr/share/doc/{name}/changelog.gz"}, self.files(name)
+            )
+            license_text = self.scratch / "root" / "usr" / "share" / "doc" / name / "copyright"
+            self.assertIn("Permission is hereby granted", license_text.read_text())
+            summaries.add(self.field(name, "Description").splitlines()[0])
+        self.assertEqual(len(summaries), len(self.packages))
+
+    def test_lintian_finds_no_error(self):
+        if shutil.which("lintian") is None:
+            self.skipTest("lintian is not installed")
+        run("lintian", "--allow-root", "--fail-on", "error", *self.packages.values())
 
     def test_what_programs_are_built_with_is_in_the_development_package(self):
         files = self.files("libwrapton-dev")
