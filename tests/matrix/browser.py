@@ -22,7 +22,8 @@ v.onerror = fail;
 v.onended = () => {
   const q = v.getVideoPlaybackQuality();
   const half = v.duration / 2;
-  v.onseeked = () => done({duration: v.duration, frames: q.totalVideoFrames, seek: Math.abs(v.currentTime - half) < 0.5});
+  v.onseeked = () => done({duration: v.duration, frames: q.totalVideoFrames,
+                            sound: v.webkitAudioDecodedByteCount, seek: Math.abs(v.currentTime - half) < 0.5});
   v.onended = null;
   v.currentTime = half;
 };

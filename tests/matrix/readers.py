@@ -1,6 +1,7 @@
 """One function for each independent reader: what it makes of a file, and what it complains of."""
 
-import hashlib
+import array
+import functools
 import json
 import os
 import re
@@ -15,11 +16,15 @@ from browser import Browser
 
 @dataclass
 class Cell:
-    opened: bool
-    frames: Optional[int] = None
+    """What a reader makes of one file. None: it does not tell, or there is no such stream."""
+
+    opened: bool  # with every stream that went in
+    pictures: Optional[int] = None
+    sounds: Optional[int] = None
     seconds: Optional[float] = None
     seek: Optional[bool] = None
-    equal: Optional[bool] = None
+    pictures_equal: Optional[bool] = None
+    sound_equal: Optional[bool] = None
     cause: str = ""
 
 
@@ -37,56 +42,111 @@ def cause_of(done):
     for line in (done.stderr or done.stdout).decode(errors="replace").splitlines():
         line = re.sub(r"\s*@ 0x[0-9a-f]+", "", line)
         line = re.sub(r"(/[\w.+-]+)+/", "", line).replace("|", "/").strip()
-        if line:
+        if line and not line.startswith('Running as user "root"'):
             return line[:110]
     return "" if done.returncode == 0 else f"exit code {done.returncode}"
 
 
-def hashes(path, kind):
+# How FFmpeg is told of streams that do not tell it themselves.
+RAW = {
+    "alaw": ("-f", "alaw", "-ar", "8000", "-ac", "1"),
+    "s16le": ("-f", "s16le", "-ar", "8000", "-ac", "1"),
+}
+
+
+def pictures_of(path):
     """What decodes, picture by picture, without its times."""
-    done = run("ffmpeg", "-v", "error", "-i", path, "-map", f"0:{kind[0]}:0", "-fps_mode", "passthrough", "-f", "framehash", "-hash", "md5", "-")
+    done = run("ffmpeg", "-v", "error", "-i", path, "-map", "0:v:0", "-fps_mode", "passthrough", "-f", "framehash", "-hash", "md5", "-")  # fmt: skip
     lines = [line.split(b",")[-1].strip() for line in done.stdout.splitlines() if not line.startswith(b"#")]
     return lines, done
 
 
-def sound(path):
-    done = run("ffmpeg", "-v", "error", "-i", path, "-map", "0:a:0", "-f", "s16le", "-")
-    return hashlib.md5(done.stdout).hexdigest()
+# Sound goes on where it is, whatever its times: those are judged apart.
+UNTIMED = ("-af", "asetpts=N/SR/TB")
 
 
-def ffmpeg(path, sample):
-    probe = run("ffprobe", "-v", "error", "-of", "json", "-count_packets", "-show_streams", "-show_format", path)
-    streams = json.loads(probe.stdout or b"{}").get("streams", [])
-    wanted = [entry for entry in streams if entry["codec_type"] == sample.kind]
-    if not wanted:
-        return Cell(False, cause=cause_of(probe) or f"no {sample.kind} in it")
-    frames = int(wanted[0].get("nb_read_packets", 0))
-    duration = json.loads(probe.stdout)["format"].get("duration")
-    seconds = float(duration) if duration else None
-    middle = (seconds or sample.seconds) / 2
-    sought = run("ffmpeg", "-v", "error", "-ss", f"{middle:.2f}", "-i", path, "-frames:v", "1", "-f", "null", "-")
-    seek = sought.returncode == 0 and not sought.stderr
-    if sample.kind == "video":
-        decoded, done = hashes(path, "video")
-        equal = decoded == hashes(sample.path, "video")[0]
-    else:
-        done = probe
-        equal = sound(path) == sound(sample.path) if sample.plain else None
-    return Cell(True, frames, seconds, seek, equal, cause_of(done) if done.stderr else "")
+def sound_of(path, form=()):
+    """What decodes, in 16 bits."""
+    done = run("ffmpeg", "-v", "error", *form, "-i", path, "-map", "0:a:0", *UNTIMED, "-f", "s16le", "-")
+    return done.stdout, done
 
 
-def mediainfo(path, sample):
+@functools.lru_cache(maxsize=None)
+def wanted_pictures(sample):
+    return pictures_of(sample.path)[0]
+
+
+@functools.lru_cache(maxsize=None)
+def wanted_sound(sample):
+    return sound_of(sample.path, RAW.get(sample.codec, ()))[0]
+
+
+def judge_sound(cell, decoded, wanted):
+    """Equal throughout, but for the rounding of decoders; the cause tells how much of it there is otherwise."""
+    here, there = (array.array("h", data[: len(data) // 2 * 2]) for data in (decoded, wanted))
+    close = all(abs(one - other) <= 1 for one, other in zip(here, there))
+    cell.sound_equal = len(here) == len(there) > 0 and close
+    if not cell.sound_equal and not cell.cause:
+        whole = "the end of it" if decoded and wanted.endswith(decoded) else "other ones"
+        cell.cause = f"sound: {len(here)} of {len(there)} samples, {whole}"
+
+
+def lasts(packets, index):
+    """From the first to the end of the last packet of a stream."""
+    own = [entry for entry in packets if entry["stream_index"] == index and "pts_time" in entry]
+    if not own:
+        return None
+    ends = [float(entry["pts_time"]) + float(entry.get("duration_time", 0)) for entry in own]
+    return max(ends) - min(float(entry["pts_time"]) for entry in own)
+
+
+def ffmpeg(path, recording):
+    fields = "stream=index,codec_type,nb_read_packets:format=duration:packet=stream_index,pts_time,duration_time"
+    probe = run("ffprobe", "-v", "error", "-of", "json", "-count_packets", "-show_packets", "-show_entries", fields, path)
+    told = json.loads(probe.stdout or b"{}")
+    streams = {}
+    for entry in told.get("streams", []):
+        streams.setdefault(entry["codec_type"], entry)
+    missing = [kind for kind in recording.kinds if kind not in streams]
+    if missing:
+        return Cell(False, cause=cause_of(probe) if probe.stderr else f"no {missing[0]} in it")
+    duration = told["format"].get("duration")
+    cell = Cell(True, seconds=float(duration) if duration else None)
+    middle = (cell.seconds or recording.seconds) / 2
+    untimed = UNTIMED if recording.sound is not None else ()
+    sought = run("ffmpeg", "-v", "error", "-ss", f"{middle:.2f}", "-i", path, "-t", "0.2", *untimed, "-f", "null", "-")
+    cell.seek = sought.returncode == 0 and not sought.stderr
+    if recording.video is not None:
+        cell.pictures = int(streams["video"].get("nb_read_packets", 0))
+        decoded, done = pictures_of(path)
+        cell.pictures_equal = decoded == wanted_pictures(recording.video)
+        cell.cause = cause_of(done) if done.stderr else ""
+    if recording.sound is not None:
+        cell.sounds = int(streams["audio"].get("nb_read_packets", 0))
+        decoded, done = sound_of(path)
+        cell.cause = cell.cause or (cause_of(done) if done.stderr else "")
+        judge_sound(cell, decoded, wanted_sound(recording.sound))
+        length = lasts(told.get("packets", []), streams["audio"]["index"])
+        off = (length or recording.sound.seconds) - recording.sound.seconds
+        if abs(off) > 0.1 and not cell.cause:
+            cell.cause = f"sound lasts {off:+.2f} s"
+    return cell
+
+
+def mediainfo(path, recording):
     done = run("mediainfo", "--Output=JSON", path)
     tracks = json.loads(done.stdout or b"{}").get("media", {}).get("track", [])
-    wanted = [entry for entry in tracks if entry["@type"].lower() == sample.kind]
-    if not wanted:
-        return Cell(False, cause=f"finds no {sample.kind}")
-    count = wanted[0].get("FrameCount")
-    seconds = wanted[0].get("Duration") or tracks[0].get("Duration")
-    return Cell(True, int(count) if count else None, float(seconds) if seconds else None)
+    wanted = {kind: next((entry for entry in tracks if entry["@type"].lower() == kind), None) for kind in recording.kinds}
+    missing = [kind for kind, track in wanted.items() if track is None]
+    if missing:
+        return Cell(False, cause=f"finds no {missing[0]}")
+    counts = {kind: int(track["FrameCount"]) for kind, track in wanted.items() if "FrameCount" in track}
+    alone = wanted[recording.kinds[0]].get("Duration") if len(wanted) == 1 else None
+    seconds = alone or tracks[0].get("Duration")
+    return Cell(True, counts.get("video"), counts.get("audio"), float(seconds) if seconds else None)
 
 
-def mkvinfo(path, sample):
+def mkvinfo(path, recording):
     if path.suffix != ".mkv":
         return None
     done = run("mkvinfo", "-v", path)
@@ -97,65 +157,82 @@ def mkvinfo(path, sample):
     return Cell(True, text.count("Simple block"), cause=complaint[0] if complaint else "")
 
 
-def gstreamer(path, sample):
+def gstreamer(path, recording):
     done = run("gst-discoverer-1.0", "-v", path)
     text = done.stdout.decode(errors="replace")
-    if f"{sample.kind}" not in text.lower() or "Analyzing" not in text or done.returncode != 0:
-        wrong = subprocess.CompletedProcess((), 1, b"", done.stderr or done.stdout[-300:])
-        return Cell(False, cause=cause_of(wrong))
+    missing = [kind for kind in recording.kinds if not re.search(rf"^\s+{kind} #\d+:", text, re.MULTILINE)]
+    plugin = re.search(r"Missing plugins\n \((?:[^|]*\|){3}([^|]*)", text)
+    cause = f"not installed: {plugin[1]}" if plugin else ""
+    if missing or done.returncode != 0:
+        complaint = re.search(r"An error was encountered.*\n\s*(.*)", text)
+        return Cell(False, cause=cause or (complaint[1].strip() if complaint else f"finds no {' '.join(missing)}"))
     found = re.search(r"Duration: (\d+):(\d+):([\d.]+)", text)
     seconds = int(found[1]) * 3600 + int(found[2]) * 60 + float(found[3]) if found else None
     seekable = re.search(r"Seekable: (\w+)", text)
-    missing = re.search(r"Missing (?:plugins|elements).*", text)
-    return Cell(True, None, seconds, seekable[1] == "yes" if seekable else None, cause=missing[0] if missing else "")
+    return Cell(True, seconds=seconds, seek=seekable[1] == "yes" if seekable else None, cause=cause)
 
 
-def mpv(path, sample):
-    options = ["--no-config", "--vo=null", "--ao=null", "--untimed", "--msg-level=all=error", "--no-audio-display"]
-    done = run("mpv", *options, path)
-    sought = run("mpv", *options, f"--start={sample.seconds / 2:.2f}", "--frames=1", path)
-    opened = done.returncode == 0
-    return Cell(opened, None, None, sought.returncode == 0 if opened else None, cause=cause_of(done))
+def mpv(path, recording):
+    options = ["--no-config", "--vo=null", "--ao=null", "--ao-null-untimed", "--untimed", "--msg-level=all=error"]
+    cause = ""
+    for kind in recording.kinds:  # each alone: a player goes on with the one that it has
+        done = run("mpv", *options, "--aid=no" if kind == "video" else "--vid=no", path)
+        cause = cause or cause_of(done)
+        if done.returncode != 0:
+            return Cell(False, cause=cause)
+    sought = run("mpv", *options, f"--start={recording.seconds / 2:.2f}", "--length=0.2", path)
+    return Cell(True, seek=sought.returncode == 0, cause=cause)
 
 
 # VLC refuses to run as root.
 AS_NOBODY = ("setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "env", "HOME=/tmp") if os.geteuid() == 0 else ()
 
 
-def vlc(path, sample):
-    done = run(*AS_NOBODY, "cvlc", "--play-and-exit", "--no-video-title-show", "--vout=dummy", "--aout=dummy", "--rate=8", path)
+def vlc(path, recording):
+    options = ("--verbose=2", "--play-and-exit", "--no-video-title-show", "--vout=dummy", "--aout=dummy", "--rate=8")
+    done = run(*AS_NOBODY, "cvlc", *options, path)
+    lines = done.stderr.decode(errors="replace").splitlines()
+    for kind in recording.kinds:
+        if not any(f"using {kind} decoder module" in line for line in lines):
+            return Cell(False, cause=f"decodes no {kind}" if done.returncode == 0 else cause_of(done))
     # There is no desktop to talk to; that says nothing of the file.
-    text = "\n".join(line for line in done.stderr.decode(errors="replace").splitlines() if " interface " not in line)
-    wrong = re.search(r".*(?:cannot|could not|error:).*", text)
-    if done.returncode != 0:
-        return Cell(False, cause=cause_of(done))
-    return Cell(wrong is None, cause=re.sub(r"^\[[0-9a-f]+\] *", "", wrong[0].strip())[:110] if wrong else "")
+    complaints = (line for line in lines if " error: " in line and not re.search(r" (?:interface|libvlc) ", line))
+    wrong = re.sub(r"^\[[0-9a-f]+\] *", "", next(complaints, "")).strip()[:110]
+    return Cell(not wrong, cause=wrong)
 
 
-def tshark(path, sample):
+def tshark(path, recording):
     if path.suffix == ".pcap":
         done = run("tshark", "-r", path, "-d", "udp.port==5004,rtp", "-T", "fields", "-e", "rtp.seq", "-e", "rtp.marker")
         rows = [line.split() for line in done.stdout.decode().splitlines() if line.split()]
         numbers = [int(row[0]) for row in rows]
         lost = sum((after - before) % 65536 != 1 for before, after in zip(numbers, numbers[1:]))
-        return Cell(bool(rows), len(rows), cause=f"{lost} gaps" if lost else cause_of(done))
+        cell = Cell(bool(rows), cause=f"{lost} gaps" if lost else cause_of(done))
+        if recording.video is not None:
+            cell.pictures = len(rows)
+        else:
+            cell.sounds = len(rows)
+        return cell
     if path.suffix == ".ts":
         done = run("tshark", "-r", path, "-T", "fields", "-e", "mp2t.pid", "-e", "_ws.malformed")
-        rows = done.stdout.decode().splitlines()
-        malformed = sum("alformed" in row for row in rows)
-        return Cell(bool(rows), len(rows), cause=f"{malformed} malformed" if malformed else cause_of(done))
+        rows = [line.split() for line in done.stdout.decode().splitlines() if line.split()]
+        malformed = sum("alformed" in line for line in done.stdout.decode().splitlines())
+        counts = {"video": sum(row[0] == "0x00000012" for row in rows), "audio": sum(row[0] == "0x00000013" for row in rows)}
+        opened = all(counts[kind] > 0 for kind in recording.kinds)
+        cause = f"{malformed} malformed" if malformed else cause_of(done)
+        return Cell(opened, counts["video"], counts["audio"] if recording.sound else None, cause=cause)
     return None
 
 
-def python_wave(path, sample):
+def python_wave(path, recording):
     if path.suffix != ".wav":
         return None
     try:
         with wave.open(str(path)) as reader:
             data = reader.readframes(reader.getnframes())
-            # The first 40 ms made room for the header.
-            equal = sample.path.read_bytes().endswith(data) if sample.plain else None
-            return Cell(True, reader.getnframes(), reader.getnframes() / reader.getframerate(), None, equal)
+            cell = Cell(True, sounds=reader.getnframes(), seconds=reader.getnframes() / reader.getframerate())
+            judge_sound(cell, data, wanted_sound(recording.sound))
+            return cell
     except wave.Error as error:
         return Cell(False, cause=str(error))
 
@@ -166,14 +243,16 @@ class Chromium:
     def __init__(self):
         self.browser = None
 
-    def __call__(self, path, sample):
+    def __call__(self, path, recording):
         if path.suffix not in (".mp4", ".mov", ".3gp"):
             return None
         self.browser = self.browser or Browser()
         result = self.browser.play(path)
         if "error" in result:
             return Cell(False, cause=str(result["error"])[:110])
-        return Cell(True, result["frames"] or None, result["duration"], result["seek"])
+        silent = recording.sound is not None and result["sound"] == 0
+        cause = "plays no sound" if silent else ""
+        return Cell(not silent, result["frames"] or None, seconds=result["duration"], seek=result["seek"], cause=cause)
 
     def close(self):
         if self.browser is not None:
