@@ -330,6 +330,7 @@ private:
         static_assert(std::is_invocable_v<Output&, const Block&>,
                       "the output is called with a Block");
         using Result = std::invoke_result_t<Output&, const Block&>;
+        // NOLINTBEGIN(bugprone-exception-escape): moving them may throw, which Create() expects
         if constexpr (std::is_void_v<Result>)
         {
             return [output = std::move(output)](const Block& block) mutable
@@ -348,6 +349,7 @@ private:
                 return std::cmp_less(stored, 0) ? 0 : static_cast<std::size_t>(stored);
             };
         }
+        // NOLINTEND(bugprone-exception-escape)
     }
 
     /// @param output by reference, so that a callable that throws when it is moved does it here

@@ -380,10 +380,10 @@ TEST_F(FileSinkTest, TakesARecordingAndKeepsItsPlaceWhenItMoves)
     first.Place(0, Origin::kStart, Text("abc"));
     FileSink sink = std::move(first);
     sink.Place(0, Origin::kCurrent, Text("def"));
-    // NOLINTBEGIN(bugprone-use-after-move): what is left is the point
+    // NOLINTBEGIN(bugprone-use-after-move,clang-analyzer-cplusplus.Move): what is left is the point
     EXPECT_EQ(first.Place(0, Origin::kStart, Text("x")), 0u);
     EXPECT_EQ(Finish(first), std::errc::bad_file_descriptor);
-    // NOLINTEND(bugprone-use-after-move)
+    // NOLINTEND(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
     sink.Finish();
     EXPECT_EQ(Content(Path("out")), "abcdef");
 }

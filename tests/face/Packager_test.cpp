@@ -298,11 +298,12 @@ TEST(Packager, TellsTheLibraryHowMuchWasStored)
 TEST(Packager, LeavesConstantBytesAloneInMatroska)
 {
     // Start codes of four bytes become lengths in the caller's memory, unless that is constant.
-    const Bytes picture = Hex("00 00 00 01 67 42 00 1F 00 00 00 01 68 CE 00 00 00 01 65 88 84");
+    constexpr const char* kPicture =
+        "00 00 00 01 67 42 00 1F 00 00 00 01 68 CE 00 00 00 01 65 88 84";
+    const Bytes picture = Hex(kPicture);
     const SGFrameInfo attributes =
         VideoFrame(SG_ENCODE_VIDEO_HI_H264, SG_FRAME_SUB_TYPE_I, 64, 48, 25);
     Bytes changed = picture;
-    const Bytes kept = picture;
     Packager in_place(SG_STREAM_TYPE_MKV);
     in_place.Header(SGHeaderInfo{});
     in_place.InputInPlace(changed, attributes);
@@ -310,8 +311,8 @@ TEST(Packager, LeavesConstantBytesAloneInMatroska)
 
     Packager copying(SG_STREAM_TYPE_MKV);
     copying.Header(SGHeaderInfo{});
-    copying.Input(kept, attributes);
-    EXPECT_EQ(kept, picture);
+    copying.Input(picture, attributes);
+    EXPECT_EQ(picture, Hex(kPicture));
 }
 
 TEST(Packager, GivesTheHeaderAsABackup)
