@@ -1,5 +1,7 @@
 #include "pspacket/PSPackaging.h"
 
+#include <gtest/gtest.h>
+
 #include "pspacket/ps/StdsPsPacket.h"
 
 namespace Orbel::Wrapton

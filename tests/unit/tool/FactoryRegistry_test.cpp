@@ -2,6 +2,8 @@
 #include <memory>
 #include <thread>
 
+#include <gtest/gtest.h>
+
 #include "Platform.h"
 
 namespace Orbel::Wrapton
