@@ -146,6 +146,7 @@ class CleanRoot(unittest.TestCase):
         if shutil.which("lintian") is not None:
             run("lintian", "--allow-root", "--fail-on", "error", *packages.values())
 
+        cls.addClassCleanup(shutil.rmtree, SCRATCH / "root", ignore_errors=True)
         cls.root = Root(SCRATCH / "root")
         cls.work = cls.root.path / "work"
         cls.work.mkdir()
