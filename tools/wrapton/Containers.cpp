@@ -280,6 +280,25 @@ const Container& ChooseContainer(const std::string& name, const std::string& out
     return *container;
 }
 
+std::string_view FileExtension(const Container& container)
+{
+    if (!container.extensions.empty()) return container.extensions.front();
+    switch (container.type)
+    {
+        case SG_STREAM_TYPE_MOV_64:
+            return kMovExtensions.front();
+        case SG_STREAM_TYPE_STREAM_ASF:
+            return kAsfExtensions.front();
+        case SG_STREAM_TYPE_STREAM_FLV:
+            return kFlvExtensions.front();
+        case SG_STREAM_TYPE_QVPS:
+        case SG_STREAM_TYPE_GAYSPS:
+            return kPsExtensions.front();
+        default:
+            return kMp4Extensions.front();
+    }
+}
+
 bool Accepts(std::span<const Codec> accepted, Codec codec)
 {
     return std::find(accepted.begin(), accepted.end(), codec) != accepted.end();

@@ -74,6 +74,10 @@ std::vector<Container> OfferedContainers();
 /// of the output. Throws Failure when there is none, or the library does not build it.
 const Container& ChooseContainer(const std::string& name, const std::string& output);
 
+/// What the name of a file ends with that the command names: a variant has the extension of what it
+/// is a variant of.
+std::string_view FileExtension(const Container& container);
+
 bool Accepts(std::span<const Codec> accepted, Codec codec);
 
 }  // namespace Orbel::Wrapton::Command

@@ -129,14 +129,6 @@ private:
     std::vector<std::string> m_left_out;
 };
 
-void CheckRawOptions(const InputRequest& request)
-{
-    if (!request.raw_rate && !request.raw_channels) return;
-    const auto files = request.AllFiles();
-    if (std::none_of(files.begin(), files.end(), IsRawAudio))
-        throw Failure("--rate and --channels describe raw samples, and no input is raw");
-}
-
 }  // namespace
 
 std::vector<std::string> InputRequest::AllFiles() const
@@ -146,6 +138,14 @@ std::vector<std::string> InputRequest::AllFiles() const
     if (!audio.empty()) all.push_back(audio);
     all.insert(all.end(), files.begin(), files.end());
     return all;
+}
+
+void CheckRawOptions(const InputRequest& request)
+{
+    if (!request.raw_rate && !request.raw_channels) return;
+    const auto files = request.AllFiles();
+    if (std::none_of(files.begin(), files.end(), IsRawAudio))
+        throw Failure("--rate and --channels describe raw samples, and no input is raw");
 }
 
 Inputs OpenInputs(const InputRequest& request)

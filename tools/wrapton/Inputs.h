@@ -30,6 +30,9 @@ struct Inputs
     std::vector<std::string> left_out;                  ///< in words
 };
 
+/// Throws Failure when raw samples are described and none of the files holds any.
+void CheckRawOptions(const InputRequest& request);
+
 /// Opens what the request names. Throws Failure when a file cannot be read or gives nothing, and
 /// Interrupted.
 Inputs OpenInputs(const InputRequest& request);

@@ -22,18 +22,23 @@ int Percent(const Progress& progress)
     return static_cast<int>(std::min(part, 1.0) * 100.0);
 }
 
-void ShowLines(std::ostream& out, const Progress& progress)
+void ShowLines(std::ostream& out, const Turn& turn, const Progress& progress)
 {
-    out << "state=running\nframes_in=" << progress.frames_in
-        << "\nbytes_written=" << progress.bytes_written << "\ntime_ms=" << progress.time_ms << '\n';
+    out << "state=running\n";
+    if (turn.count > 0)
+        out << "input=" << turn.input << "\nnumber=" << turn.number << "\ninputs=" << turn.count
+            << '\n';
+    out << "frames_in=" << progress.frames_in << "\nbytes_written=" << progress.bytes_written
+        << "\ntime_ms=" << progress.time_ms << '\n';
     if (progress.input_total > 0) out << "percent=" << Percent(progress) << '\n';
     out.flush();
 }
 
-void ShowBar(const Progress& progress)
+void ShowBar(const Turn& turn, const Progress& progress)
 {
     const int percent = Percent(progress);
     std::cerr << '\r';
+    if (turn.count > 0) std::cerr << turn.number << '/' << turn.count << ' ';
     if (percent >= 0)
     {
         const int filled = percent * kBarWidth / 100;
@@ -61,14 +66,14 @@ void ProgressMeter::Show(const Progress& progress)
         case ProgressStyle::kNone:
             break;
         case ProgressStyle::kBar:
-            ShowBar(progress);
+            ShowBar(m_turn, progress);
             m_bBarShown = true;
             break;
         case ProgressStyle::kKeyValueStdout:
-            ShowLines(std::cout, progress);
+            ShowLines(std::cout, m_turn, progress);
             break;
         case ProgressStyle::kKeyValueStderr:
-            ShowLines(std::cerr, progress);
+            ShowLines(std::cerr, m_turn, progress);
             break;
     }
 }

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <string>
+#include <utility>
 
 namespace Orbel::Wrapton::Command
 {
@@ -23,11 +26,22 @@ struct Progress
     uint64_t input_total = 0;  ///< 0: not known
 };
 
+/// Which of many recordings it is; no input: the only one.
+struct Turn
+{
+    std::string input;
+    std::size_t number = 0;
+    std::size_t count = 0;
+};
+
 /// Shows how far a recording is, a few times a second.
 class ProgressMeter
 {
 public:
-    explicit ProgressMeter(ProgressStyle style) : m_style(style) {}
+    explicit ProgressMeter(ProgressStyle style, Turn turn = {})
+        : m_style(style), m_turn(std::move(turn))
+    {
+    }
 
     bool IsDue();
     void Show(const Progress& progress);
@@ -39,6 +53,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     ProgressStyle m_style;
+    Turn m_turn;
     Clock::time_point m_next = Clock::now();
     bool m_bBarShown = false;
 };

@@ -135,11 +135,20 @@ uint64_t StreamReport::FramesRefused() const
     return sum;
 }
 
-std::string StateName(const Report& report)
+int ExitCodeOf(const Report& report)
 {
-    if (report.exit_code == kExitDone) return "done";
-    if (report.exit_code == kExitStreamRefused) return "refused";
-    return report.exit_code > kExitSignal ? "interrupted" : "failed";
+    if (!report.error.empty()) return kExitFailed;
+    if (report.signal != 0) return kExitSignal + report.signal;
+    for (const StreamReport& stream : report.streams)
+        if (!stream.refusal.empty()) return kExitStreamRefused;
+    return kExitDone;
+}
+
+std::string StateName(int exit_code)
+{
+    if (exit_code == kExitDone) return "done";
+    if (exit_code == kExitStreamRefused) return "refused";
+    return exit_code > kExitSignal ? "interrupted" : "failed";
 }
 
 std::vector<std::string> NotesOn(const Report& report, const Container& container)
@@ -181,6 +190,19 @@ std::vector<std::string> NotesOn(const Report& report, const Container& containe
     return notes;
 }
 
+void PrintErrors(const Report& report)
+{
+    const std::string of = report.input.empty() ? "wrapton: " : "wrapton: " + report.input + ": ";
+    for (const StreamReport& stream : report.streams)
+        if (!stream.refusal.empty()) std::cerr << of << stream.refusal << '\n';
+    if (!report.error.empty()) std::cerr << "wrapton: " << report.error << '\n';
+    if (report.error.empty() && report.signal != 0)
+        std::cerr << "wrapton: interrupted; "
+                  << (report.output_complete ? report.output + " is complete up to here"
+                                             : std::string("nothing was written"))
+                  << '\n';
+}
+
 void PrintText(const Report& report)
 {
     const bool ended_early = report.signal != 0 || !report.error.empty();
@@ -199,9 +221,9 @@ void PrintText(const Report& report)
         std::cout << "  note: " << note << '\n';
 }
 
-void PrintJson(const Report& report)
+nlohmann::ordered_json JsonOf(const Report& report)
 {
-    Json json = {{"state", StateName(report)},
+    Json json = {{"state", StateName(report.exit_code)},
                  {"exit_code", report.exit_code},
                  {"error", report.error.empty() ? Json(nullptr) : Json(report.error)},
                  {"output", report.output},
@@ -220,14 +242,21 @@ void PrintJson(const Report& report)
         json["streams"].push_back(StreamJson(stream));
     json["left_out"] = report.left_out;
     json["notes"] = report.notes;
+    return json;
+}
+
+void PrintJson(const Report& report)
+{
     // A file name need not be UTF-8.
-    std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    std::cout << JsonOf(report).dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 void PrintKeyValue(const Report& report)
 {
-    std::cout << "state=" << StateName(report) << "\nexit_code=" << report.exit_code
-              << "\noutput=" << report.output << "\noutput_complete=" << report.output_complete
+    std::cout << "state=" << StateName(report.exit_code) << "\nexit_code=" << report.exit_code
+              << '\n';
+    if (!report.input.empty()) std::cout << "input=" << report.input << '\n';
+    std::cout << "output=" << report.output << "\noutput_complete=" << report.output_complete
               << "\ncontainer=" << report.container << "\nbytes=" << report.bytes << '\n';
     for (const SegmentReport& segment : report.segments)
         std::cout << "segment=" << segment.output << '\n';

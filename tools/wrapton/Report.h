@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "FrameSource.h"
 
 namespace Orbel::Wrapton::Command
@@ -36,6 +38,7 @@ struct SegmentReport
 /// What became of the recording.
 struct Report
 {
+    std::string input;  ///< empty: the only recording of the call
     std::string output;
     std::string container;
     unsigned int type = 0;
@@ -53,11 +56,19 @@ struct Report
     std::vector<std::string> notes;
 };
 
+/// By what the report says of errors, signals and refusals.
+int ExitCodeOf(const Report& report);
+
 /// "done", "refused", "interrupted" or "failed".
-std::string StateName(const Report& report);
+std::string StateName(int exit_code);
 
 /// What the reader of the report should know of the output beyond the counts.
 std::vector<std::string> NotesOn(const Report& report, const struct Container& container);
+
+/// On standard error.
+void PrintErrors(const Report& report);
+
+nlohmann::ordered_json JsonOf(const Report& report);
 
 void PrintText(const Report& report);
 void PrintJson(const Report& report);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -71,10 +72,16 @@ void PrintHead(const std::string& name, const std::string& what)
 void PrintManOfCommand(const CLI::App& command)
 {
     PrintHead("wrapton-" + command.get_name(), command.get_description());
-    std::string usage = command.help("wrapton");  // its first lines describe, one shows the call
+    std::string usage = command.help("wrapton");  // its first lines describe, the next show calls
     usage.erase(0, usage.find("Usage:"));
-    usage.erase(0, usage.find("wrapton"));
-    std::cout << ".SH SYNOPSIS\n" << Escaped(usage.substr(0, usage.find('\n'))) << '\n';
+    std::cout << ".SH SYNOPSIS\n";
+    std::istringstream lines(usage);
+    for (std::string line; std::getline(lines, line);)
+    {
+        const std::size_t call = line.find("wrapton");
+        if (call == std::string::npos) break;
+        std::cout << Escaped(line.substr(call)) << "\n.br\n";
+    }
     PrintOptions(command);
     std::cout << ".SH EXIT STATUS\n"
               << (command.get_footer().empty() ? "0 done, 2 failed."
