@@ -117,12 +117,10 @@ class Exported(OmfTest):
     def test_sound_alone_goes_into_wav(self):
         source = MEDIA / "tone_8000_mono.s16le"
         self.packed(source, self.recording)
-        first = omf.read(self.recording.read_bytes())[0].payload
         output = self.directory / "out.wav"
         result = self.packed(self.recording, output)
         self.assertEqual(result["notes"], [])
-        # The container takes the place of the first frame for its header.
-        self.assertEqual(output.read_bytes()[44:], source.read_bytes()[len(first):])
+        self.assertEqual(output.read_bytes()[44:], source.read_bytes())
 
     def test_a_recording_is_known_by_its_first_bytes_too(self):
         self.record(CAMERA.path)
@@ -178,7 +176,7 @@ class Exported(OmfTest):
         first = self.recorded_frames()[0].payload
         self.put(omf.picture(first, stamp=40), omf.picture(first, encoding=11, stamp=80),
                  omf.picture(first, stamp=120))
-        result = self.packed(self.recording, self.directory / "out.mp4")
+        result = self.packed_with_losses(self.recording, self.directory / "out.mp4")
         stream = result["streams"][0]
         self.assertEqual((stream["frames_in"], stream["frames_stored"]), (3, 2))
         # The library answers 3 for a frame without bytes.

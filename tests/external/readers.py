@@ -124,6 +124,12 @@ class MediaTest(unittest.TestCase):
         self.assertEqual(result["state"], "done")
         return result
 
+    def packed_with_losses(self, *arguments):
+        """Packs, expects that single frames are missing, and gives the result."""
+        code, result = pack_json(*arguments)
+        self.assertEqual((code, result["state"]), (1, "warned"), result)
+        return result
+
 
 FFMPEG = {"ffprobe": "ffmpeg", "ffmpeg": "ffmpeg"}  # tools and their Debian packages
 

@@ -82,7 +82,10 @@ def packed(container, recording, directory):
     inputs = [str(sample.path) for sample in recording.samples]
     call = [WRAPTON, "pack", "--json", "--to", container, *options, *inputs, str(path)]
     done = subprocess.run(call, stdin=subprocess.DEVNULL, capture_output=True, check=False)
-    return path if done.returncode == 0 and json.loads(done.stdout)["output_complete"] else None
+    if done.returncode not in (0, 1):
+        return None
+    result = json.loads(done.stdout)
+    return path if result["output_complete"] and result["streams"][0]["frames_stored"] > 0 else None
 
 
 def mark(value):

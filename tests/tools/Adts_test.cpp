@@ -155,5 +155,21 @@ TEST(MakeAdts, ReadsBack)
     EXPECT_TRUE(header->plain);
 }
 
+TEST(IsEmptyAdts, OnlyAPlainHeaderOfLengthSeven)
+{
+    const Bytes empty = {0xFF, 0xF1, 0x6C, 0x40, 0x00, 0xFF, 0xFC};  // length 0 0000 0000 0111
+    EXPECT_TRUE(IsEmptyAdts(empty));
+    for (const int length : {0xDF, 0x1F})  // 6 and 0, which cannot be
+    {
+        Bytes other = empty;
+        other[5] = static_cast<unsigned char>(length);
+        EXPECT_FALSE(IsEmptyAdts(other));
+    }
+    EXPECT_FALSE(IsEmptyAdts(Bytes{0xFF, 0xF1, 0x6C, 0x40, 0x01, 0x1F, 0xFC}));        // 8
+    EXPECT_FALSE(IsEmptyAdts(Bytes{0xFF, 0xF0, 0x6C, 0x40, 0x00, 0xFF, 0xFC, 0, 0}));  // a CRC
+    EXPECT_FALSE(IsEmptyAdts(Bytes{0xFF, 0xF1, 0x6C, 0x40, 0x00, 0xFF}));              // cut
+    EXPECT_FALSE(IsEmptyAdts({}));
+}
+
 }  // namespace
 }  // namespace Orbel::Wrapton::Command

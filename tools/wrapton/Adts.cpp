@@ -85,6 +85,14 @@ std::optional<AdtsHeader> ReadAdts(std::span<const unsigned char> frame)
     return header;
 }
 
+bool IsEmptyAdts(std::span<const unsigned char> frame)
+{
+    const auto header = ReadAdts(frame);
+    const auto length = [&]  // 13 bits, the header included
+    { return (frame[3] & 3U) << 11 | uint32_t{frame[4]} << 3 | frame[5] >> 5; };
+    return header && header->plain && length() == kAdtsLen;
+}
+
 std::optional<AacConfig> ReadAudioSpecificConfig(std::span<const unsigned char> bytes)
 {
     BitReader bits(bytes);

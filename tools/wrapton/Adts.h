@@ -34,6 +34,9 @@ struct AdtsHeader
 /// Reads the header at the front of a frame; nothing when there is none.
 std::optional<AdtsHeader> ReadAdts(std::span<const unsigned char> frame);
 
+/// True for a plain header that says there is nothing behind it.
+bool IsEmptyAdts(std::span<const unsigned char> frame);
+
 /// Reads an AudioSpecificConfig, ISO/IEC 14496-3, 1.6.2.1. Nothing when it describes a stream that
 /// no ADTS header can stand for: another object type, a rate outside the table, channels described
 /// by a program config element, frames of 960 samples. Of a stream with spectral band replication

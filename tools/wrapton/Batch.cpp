@@ -21,10 +21,10 @@ struct Tally
     {
         for (const Report& report : batch.reports)
         {
-            std::size_t& count = report.exit_code == kExitDone            ? done
-                                 : report.exit_code == kExitStreamRefused ? warned
-                                 : report.exit_code == kExitFailed        ? failed
-                                                                          : interrupted;
+            std::size_t& count = report.exit_code == kExitDone     ? done
+                                 : report.exit_code == kExitWarned ? warned
+                                 : report.exit_code == kExitFailed ? failed
+                                                                   : interrupted;
             ++count;
         }
     }
@@ -44,6 +44,15 @@ int Batch::ExitCode() const
     for (const Report& report : reports)
         worst = std::max(worst, report.exit_code);
     return worst;
+}
+
+std::string Batch::State() const
+{
+    const int worst = ExitCode();
+    for (const Report& report : reports)
+        if (report.exit_code == worst) return StateName(report);
+    if (worst == kExitFailed) return "failed";
+    return worst == kExitDone ? "done" : "interrupted";
 }
 
 void PrintText(const Batch& batch)
@@ -66,7 +75,7 @@ void PrintText(const Batch& batch)
 void PrintJson(const Batch& batch)
 {
     const Tally tally(batch);
-    Json json = {{"state", StateName(batch.ExitCode())},
+    Json json = {{"state", batch.State()},
                  {"exit_code", batch.ExitCode()},
                  {"error", batch.error.empty() ? Json(nullptr) : Json(batch.error)},
                  {"inputs", batch.inputs},
@@ -88,7 +97,7 @@ void PrintJson(const Batch& batch)
 void PrintKeyValue(const Batch& batch)
 {
     const Tally tally(batch);
-    std::cout << "state=" << StateName(batch.ExitCode()) << "\nexit_code=" << batch.ExitCode()
+    std::cout << "state=" << batch.State() << "\nexit_code=" << batch.ExitCode()
               << "\ninputs=" << batch.inputs << "\ninputs_done=" << tally.done
               << "\ninputs_warned=" << tally.warned << "\ninputs_failed=" << tally.failed
               << "\ninputs_interrupted=" << tally.interrupted

@@ -19,6 +19,7 @@ struct Batch
 
     /// The worst of all.
     [[nodiscard]] int ExitCode() const;
+    [[nodiscard]] std::string State() const;
 };
 
 void PrintText(const Batch& batch);

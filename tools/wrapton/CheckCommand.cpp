@@ -197,7 +197,7 @@ int Check(const CheckOptions& options)
         const bool whole = std::any_of(findings.forecasts.begin(),
                                        findings.forecasts.end(),
                                        [](const Forecast& entry) { return entry.IsWhole(); });
-        const int code = whole ? kExitDone : kExitStreamRefused;
+        const int code = whole ? kExitDone : kExitWarned;
         if (options.json)
             PrintJson(findings, code);
         else

@@ -95,6 +95,7 @@ public:
         const FrameAttributes attrs = AttributesOf(frame);
         if (m_bIntoPacket)
         {
+            m_packet.Resize(0);  // a frame that is passed over leaves it as it was
             const bool done = m_stream->inputFrameEx(bytes.data(), Length(bytes), attrs, m_packet);
             if (done) Hand(m_packet.Data(), m_packet.Size());
             return Answer(done);

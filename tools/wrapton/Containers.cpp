@@ -61,6 +61,7 @@ constexpr Container Mp4Family(std::string_view name,
             .constant_rate = true,
             .takes_reserve = true,
             .labels_8000_mono_pcm = false,
+            .indexes_empty_sound = true,
             .cuts_mpeg4_pictures = true};
 }
 
@@ -96,6 +97,7 @@ constexpr Container FlvFamily(std::string_view name,
             .audio = kFlvAudio,
             .audio_needs_video = true,
             .constant_rate = true,
+            .needs_long_start_codes = true,
             .takes_reserve = false,
             .labels_8000_mono_pcm = false,
             .labels_round_rates = true,
@@ -155,6 +157,7 @@ constexpr std::array kContainers = {
               .constant_rate = true,
               .takes_reserve = false,
               .labels_8000_mono_pcm = false,
+              .indexes_empty_sound = true,
               .cuts_mpeg4_pictures = true,
               .face = FaceKind::kFile,
               .component = "3gp"},
@@ -205,7 +208,8 @@ constexpr std::array kContainers = {
               .audio_needs_video = false,
               .constant_rate = false,
               .takes_reserve = false,
-              .labels_8000_mono_pcm = true},
+              .labels_8000_mono_pcm = true,
+              .loses_first_frame = true},
 };
 
 std::string LowerCase(std::string text)

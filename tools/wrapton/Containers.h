@@ -33,12 +33,17 @@ struct Container
     bool constant_rate;
     /// The streams come from the frames alone: a header record would declare absent ones, too.
     bool streams_from_frames = false;
-    /// H.264 units are found by start codes of 4 bytes only.
+    /// H.264 units are found by start codes of 4 bytes only, or there is room for so many codes of
+    /// 3 bytes to grow only.
     bool needs_long_start_codes = false;
     /// SGHeaderInfo::pre_header_len has a meaning.
     bool takes_reserve;
     /// The header says 8000 Hz, mono, 16-bit PCM whatever is in the file.
     bool labels_8000_mono_pcm;
+    /// The header takes the place of a file's first frame.
+    bool loses_first_frame = false;
+    /// Sound without data has a place in the index and no block.
+    bool indexes_empty_sound = false;
     /// Packets of RTP: one stream with one clock, and no file around it.
     bool is_rtp = false;
     /// H.264 pictures are split at start codes of four bytes, and what stands ahead of the first

@@ -10,10 +10,10 @@ namespace Orbel::Wrapton::Command
 enum ExitCode
 {
     kExitDone = 0,
-    kExitStreamRefused = 1,  ///< pack: a whole stream is not in the output
-    kExitDamaged = 1,        ///< info: a part of the recording is damaged
-    kExitFailed = 2,         ///< reading, writing or the call itself failed
-    kExitSignal = 128        ///< plus the number of the signal that ended the recording
+    kExitWarned = 1,   ///< pack: a frame, or a whole stream, is not in the output
+    kExitDamaged = 1,  ///< info: a part of the recording is damaged
+    kExitFailed = 2,   ///< reading, writing or the call itself failed
+    kExitSignal = 128  ///< plus the number of the signal that ended the recording
 };
 
 /// Something that ends the command; the message is for the person who called it.

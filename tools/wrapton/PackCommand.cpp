@@ -184,7 +184,7 @@ void AddPackCommand(CLI::App& app, std::function<int()>& run)
     AddWhatGoesIn(*pack, *options);
     AddWhatComesOut(*pack, *options);
     pack->footer(
-        "Exit codes: 0 everything is stored, 1 a whole stream was refused, 2 failed,\n"
+        "Exit codes: 0 everything is stored, 1 a frame or a whole stream is not, 2 failed,\n"
         "130 or 143 ended by a signal after completing the file; with --each the highest of all.");
     pack->callback([options, &run] { run = [options] { return Run(*options); }; });
 }

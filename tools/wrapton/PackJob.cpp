@@ -125,6 +125,7 @@ Report PackOne(const PackOptions& options, ProgressMeter& meter)
         report.error = failure.what();
     }
     meter.Clear();
+    report.warnings = WarningsOn(report);
     report.exit_code = ExitCodeOf(report);
     return report;
 }

@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include "Adts.h"
 #include "Failure.h"
 #include "FrameRecord.h"
 #include "Interrupt.h"
@@ -162,9 +163,8 @@ void Recording::PackNext(Track& track)
     if (m_container.takes_b_as_p && record.frame_sub_type == SG_FRAME_SUB_TYPE_B)
         record.frame_sub_type = SG_FRAME_SUB_TYPE_P;
     if (m_container.declares_sound && !m_bFileBegun) DeclareSound();
-    // The container's header takes the place of a file's first frame: of several files, none may
-    // lack one.
-    if (m_container.labels_8000_mono_pcm && m_pSeries->IsSplit() && !m_bFileBegun)
+    // The container's header takes the place of a file's first frame: it goes in once more.
+    if (m_container.loses_first_frame && !m_bFileBegun)
         m_pPackager->InputFrame(frame.bytes, record);
     m_bFileBegun = true;
     const int code = m_pPackager->InputFrame(frame.bytes, record);
@@ -172,14 +172,22 @@ void Recording::PackNext(Track& track)
     ++report.frames_in;
     report.frames_damaged += frame.damaged ? 1 : 0;
     report.end_us = frame.time_us;
-    if (code != SG_ERR_NOERR)
-        ++report.refused[code];
-    else if (m_pPackager->LastCallStored())
+    const bool stored = code == SG_ERR_NOERR &&
+                        (m_pPackager->LastCallStored() || IsEmptySample(report.info, frame));
+    if (stored)
         ++report.frames_stored;
-    else
+    else if (code == SG_ERR_NOERR)
         ++report.frames_dropped;
-    if (m_pPackager->LastCallStored() && frame.sub_type == SG_FRAME_SUB_TYPE_B) ++report.frames_b;
+    else
+        ++report.refused[code];
+    if (stored && frame.sub_type == SG_FRAME_SUB_TYPE_B) ++report.frames_b;
     m_bOpened = m_bOpened || (report.info.is_video && frame.sub_type == SG_FRAME_SUB_TYPE_I);
+}
+
+bool Recording::IsEmptySample(const StreamInfo& info, const Frame& frame) const
+{
+    return m_container.indexes_empty_sound && m_bOpened && info.codec == Codec::kAac &&
+           IsEmptyAdts(frame.bytes);
 }
 
 void Recording::DeclareSound()

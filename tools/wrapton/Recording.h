@@ -52,6 +52,8 @@ private:
     void DeclareSound();
     void PackAll();
     void PackNext(Track& track);
+    /// True for an ADTS header alone: the index tells of a sample of no bytes, so no block comes.
+    [[nodiscard]] bool IsEmptySample(const StreamInfo& info, const Frame& frame) const;
     /// Goes on in the next file when this one is full and a decoder can begin with the frame.
     void CutAhead(Track& track);
     Track* Earliest();

@@ -139,16 +139,50 @@ int ExitCodeOf(const Report& report)
 {
     if (!report.error.empty()) return kExitFailed;
     if (report.signal != 0) return kExitSignal + report.signal;
-    for (const StreamReport& stream : report.streams)
-        if (!stream.refusal.empty()) return kExitStreamRefused;
-    return kExitDone;
+    const bool whole = std::all_of(report.streams.begin(),
+                                   report.streams.end(),
+                                   [](const StreamReport& stream) { return stream.IsWhole(); });
+    return whole ? kExitDone : kExitWarned;
 }
 
-std::string StateName(int exit_code)
+bool StreamReport::IsWhole() const
 {
-    if (exit_code == kExitDone) return "done";
-    if (exit_code == kExitStreamRefused) return "refused";
-    return exit_code > kExitSignal ? "interrupted" : "failed";
+    return refusal.empty() && frames_dropped == 0 && refused.empty();
+}
+
+std::string StateName(const Report& report)
+{
+    if (report.exit_code == kExitDone) return "done";
+    if (report.exit_code == kExitFailed) return "failed";
+    if (report.exit_code > kExitSignal) return "interrupted";
+    const bool refused =
+        std::any_of(report.streams.begin(),
+                    report.streams.end(),
+                    [](const StreamReport& stream) { return !stream.refusal.empty(); });
+    return refused ? "refused" : "warned";
+}
+
+std::vector<std::string> WarningsOn(const Report& report)
+{
+    std::vector<std::string> warnings;
+    for (const StreamReport& stream : report.streams)
+    {
+        if (!stream.refusal.empty())
+        {
+            warnings.push_back(stream.refusal);
+            continue;
+        }
+        const std::string of = " of " + std::to_string(stream.frames_in) + " frames of " +
+                               stream.info.codec_name + " " + KindName(stream.info) +
+                               " are not in the output: ";
+        if (stream.frames_dropped > 0)
+            warnings.push_back(std::to_string(stream.frames_dropped) + of + "dropped by " +
+                               report.container);
+        for (const auto& [code, count] : stream.refused)
+            warnings.push_back(std::to_string(count) + of + "refused by " + report.container +
+                               " with code " + std::to_string(code));
+    }
+    return warnings;
 }
 
 std::vector<std::string> NotesOn(const Report& report, const Container& container)
@@ -193,8 +227,8 @@ std::vector<std::string> NotesOn(const Report& report, const Container& containe
 void PrintErrors(const Report& report)
 {
     const std::string of = report.input.empty() ? "wrapton: " : "wrapton: " + report.input + ": ";
-    for (const StreamReport& stream : report.streams)
-        if (!stream.refusal.empty()) std::cerr << of << stream.refusal << '\n';
+    for (const std::string& warning : report.warnings)
+        std::cerr << of << warning << '\n';
     if (!report.error.empty()) std::cerr << "wrapton: " << report.error << '\n';
     if (report.error.empty() && report.signal != 0)
         std::cerr << "wrapton: interrupted; "
@@ -223,7 +257,7 @@ void PrintText(const Report& report)
 
 nlohmann::ordered_json JsonOf(const Report& report)
 {
-    Json json = {{"state", StateName(report.exit_code)},
+    Json json = {{"state", StateName(report)},
                  {"exit_code", report.exit_code},
                  {"error", report.error.empty() ? Json(nullptr) : Json(report.error)},
                  {"output", report.output},
@@ -240,6 +274,7 @@ nlohmann::ordered_json JsonOf(const Report& report)
     json["streams"] = Json::array();
     for (const StreamReport& stream : report.streams)
         json["streams"].push_back(StreamJson(stream));
+    json["warnings"] = report.warnings;
     json["left_out"] = report.left_out;
     json["notes"] = report.notes;
     return json;
@@ -253,8 +288,7 @@ void PrintJson(const Report& report)
 
 void PrintKeyValue(const Report& report)
 {
-    std::cout << "state=" << StateName(report.exit_code) << "\nexit_code=" << report.exit_code
-              << '\n';
+    std::cout << "state=" << StateName(report) << "\nexit_code=" << report.exit_code << '\n';
     if (!report.input.empty()) std::cout << "input=" << report.input << '\n';
     std::cout << "output=" << report.output << "\noutput_complete=" << report.output_complete
               << "\ncontainer=" << report.container << "\nbytes=" << report.bytes << '\n';

@@ -27,6 +27,8 @@ struct StreamReport
     std::string refusal;  ///< why the whole stream is not in the output; empty: it is
 
     [[nodiscard]] uint64_t FramesRefused() const;
+    /// False when a frame that went in is not in the output, or none was to.
+    [[nodiscard]] bool IsWhole() const;
 };
 
 struct SegmentReport
@@ -52,6 +54,7 @@ struct Report
     std::string error;                    ///< why it failed; empty: it did not
     int exit_code = 0;
     std::vector<StreamReport> streams;
+    std::vector<std::string> warnings;  ///< what is not in the output, in words
     std::vector<std::string> left_out;
     std::vector<std::string> notes;
 };
@@ -59,8 +62,11 @@ struct Report
 /// By what the report says of errors, signals and refusals.
 int ExitCodeOf(const Report& report);
 
-/// "done", "refused", "interrupted" or "failed".
-std::string StateName(int exit_code);
+/// "done", "warned", "refused", "interrupted" or "failed".
+std::string StateName(const Report& report);
+
+/// Which frames and streams are not in the output, and whose doing that is.
+std::vector<std::string> WarningsOn(const Report& report);
 
 /// What the reader of the report should know of the output beyond the counts.
 std::vector<std::string> NotesOn(const Report& report, const struct Container& container);
