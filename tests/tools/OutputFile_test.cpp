@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Failure.h"
 
@@ -146,6 +147,49 @@ TEST_F(OutputFileTest, NothingIsWrittenAfterTheEnd)
     EXPECT_EQ(Finish(output), "");
     EXPECT_EQ(output.Place(0, Origin::kEnd, Text("x")), 0U);
     EXPECT_EQ(Content(Path("out")), "abc");
+}
+
+TEST_F(OutputFileTest, ARehearsalHasTheSizeAndWritesNothing)
+{
+    Put(Path("old"), "old");
+    for (const char* name : {"old", "new"})
+    {
+        const auto output = OutputFile::Rehearsed(Path(name), {}, SG_STREAM_TYPE_MP4);
+        EXPECT_EQ(output->Place(0, Origin::kStart, Text("0123456789")), 10U);
+        EXPECT_EQ(output->Place(4, Origin::kStart, Text("ab")), 2U);
+        EXPECT_EQ(output->Size(), 10U);
+        EXPECT_EQ(Finish(*output), "");
+    }
+    EXPECT_EQ(Content(Path("old")), "old");
+    EXPECT_FALSE(fs::exists(Path("new")));
+}
+
+TEST_F(OutputFileTest, ARehearsalRefusesAnInput)
+{
+    Put(Path("in"), "input");
+    fs::create_symlink(Path("in"), Path("soft"));
+    EXPECT_THROW(OutputFile::Rehearsed(Path("soft"), {Path("in")}, SG_STREAM_TYPE_MP4), Failure);
+    EXPECT_NO_THROW(OutputFile::Rehearsed(Path("in"), {Path("none")}, SG_STREAM_TYPE_MP4));
+}
+
+TEST_F(OutputFileTest, ARehearsedFlvHeaderReplacesTheFirstInAFileAndFollowsInAPipe)
+{
+    const std::pair<std::string, uint64_t> outputs[] = {
+        {Path("out.flv"), 8}, {"-", 12}, {"/dev/null", 12}};
+    for (const auto& [path, size] : outputs)
+    {
+        const auto output = OutputFile::Rehearsed(path, {}, SG_STREAM_TYPE_FLV);
+        output->Place({0, Origin::kCurrent, Text("FLV\1tags")});
+        output->Place({0, Origin::kCurrent, Text("FLV\1"), true});
+        EXPECT_EQ(output->Size(), size) << path;
+    }
+}
+
+TEST_F(OutputFileTest, StandardOutputIsKnownByItsName)
+{
+    EXPECT_TRUE(IsStandardOutput("-"));
+    EXPECT_FALSE(IsStandardOutput(Path("none")));
+    EXPECT_FALSE(IsStandardOutput("./-"));
 }
 
 }  // namespace

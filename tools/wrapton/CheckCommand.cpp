@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Arguments.h"
 #include "Failure.h"
 #include "Forecast.h"
 #include "Inputs.h"
@@ -53,6 +54,10 @@ StreamCount Count(FrameSource& source)
     // The last frame lasts as long as the others do on average.
     const auto others = static_cast<int64_t>(count.frames) - 1;
     count.end_us = others > 0 ? last_us + last_us / others : last_us;
+    const Rate& rate = count.first.info.frame_rate;
+    if (count.frames == 1 && rate.num > 0)
+        count.end_us += static_cast<int64_t>(1e6 * static_cast<double>(rate.den) /
+                                             static_cast<double>(rate.num));
     return count;
 }
 
@@ -220,14 +225,19 @@ void AddCheckCommand(CLI::App& app, std::function<int()>& run)
     const auto options = std::make_shared<CheckOptions>();
     check->add_option("INPUT", options->inputs.files, "A piece of what is to be recorded");
     check->add_option("--video", options->inputs.video, "Take the video from this file")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(NotEmpty);
     check->add_option("--audio", options->inputs.audio, "Take the audio from this file")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(NotEmpty);
     check
         ->add_option(
             "--for", options->length, "How long the recording will be; as long as the input")
-        ->type_name("TIME");
-    check->add_option("--to", options->to, "Tell of this container alone")->type_name("TYPE");
+        ->type_name("TIME")
+        ->check(NotEmpty);
+    check->add_option("--to", options->to, "Tell of this container alone")
+        ->type_name("TYPE")
+        ->check(NotEmpty);
     check->add_flag("--json", options->json, "Print the findings as JSON");
     check->footer(
         "Exit codes: 0 a container holds all of it, 1 each refuses a stream or meets a limit,\n"

@@ -13,6 +13,14 @@ constexpr double kHour = 3600e6;
 constexpr uint64_t kMostReserve = 64U << 20;  // SGHeaderInfo::pre_header_len
 constexpr uint64_t kReserveStep = 4096;
 
+/// A damaged file can have any times. Products of counts up to here fit 64 bits.
+constexpr double kMost = 1e15;
+
+uint64_t Whole(double value)
+{
+    return static_cast<uint64_t>(std::clamp(value, 0.0, kMost));
+}
+
 const StreamCount* Of(const std::vector<StreamCount>& streams, bool video)
 {
     const auto found =
@@ -23,9 +31,10 @@ const StreamCount* Of(const std::vector<StreamCount>& streams, bool video)
 }
 
 std::optional<std::string> Refusal(const Container& container,
-                                   const StreamInfo& info,
+                                   const StreamCount& count,
                                    bool has_video)
 {
+    const StreamInfo& info = count.first.info;
     const auto accepted = info.is_video ? container.video : container.audio;
     if (!info.codec || !Accepts(accepted, *info.codec)) return "no " + info.codec_name;
     if (!info.unusable.empty()) return info.codec_name + ": " + info.unusable;
@@ -33,6 +42,8 @@ std::optional<std::string> Refusal(const Container& container,
         return "no " + info.codec_name + " without video";
     if (!info.is_video && container.is_rtp && has_video)
         return "no " + info.codec_name + " beside video";
+    if (info.is_video && count.key_frames == 0 && !container.is_rtp)
+        return "no " + info.codec_name + " without a key picture";
     return std::nullopt;
 }
 
@@ -70,7 +81,10 @@ void AddLimits(Forecast& forecast, const std::vector<StreamCount>& streams, int6
             forecast.met.push_back({limit, limit.time_us});
         if (limit.bytes && forecast.bytes >= *limit.bytes)
             forecast.met.push_back(
-                {limit, std::llround(static_cast<double>(*limit.bytes) / per_hour * kHour)});
+                {limit,
+                 per_hour > 0 ? static_cast<int64_t>(
+                                    Whole(static_cast<double>(*limit.bytes) / per_hour * kHour))
+                              : 0});
         const bool too_large = std::any_of(streams.begin(),
                                            streams.end(),
                                            [&](const StreamCount& count) {
@@ -100,15 +114,15 @@ std::optional<int64_t> SegmentFor(const Forecast& forecast)
 
 double StreamCount::BytesPerHour() const
 {
-    return end_us > 0 ? static_cast<double>(bytes) / static_cast<double>(end_us) * kHour : 0;
+    if (end_us <= 0) return 0;
+    return std::min(static_cast<double>(bytes) / static_cast<double>(end_us) * kHour, kMost);
 }
 
 uint64_t StreamCount::FramesIn(std::optional<int64_t> time_us, uint64_t counted) const
 {
     if (!time_us || end_us <= 0) return counted;
-    return static_cast<uint64_t>(
-        std::ceil(static_cast<double>(counted) * static_cast<double>(*time_us) /
-                  static_cast<double>(end_us)));
+    return Whole(std::ceil(static_cast<double>(counted) * static_cast<double>(*time_us) /
+                           static_cast<double>(end_us)));
 }
 
 Forecast ForecastFor(const Container& container,
@@ -122,13 +136,14 @@ Forecast ForecastFor(const Container& container,
     int64_t longest_us = 0;
     for (const StreamCount& count : streams)
     {
-        if (const auto refusal = Refusal(container, count.first.info, has_video))
+        if (const auto refusal = Refusal(container, count, has_video))
             forecast.refusals.push_back(*refusal);
         const int64_t stream_us = length_us.value_or(count.end_us);
         longest_us = std::max(longest_us, stream_us);
-        bytes += count.BytesPerHour() * static_cast<double>(stream_us) / kHour;
+        bytes += count.end_us > 0 ? count.BytesPerHour() * static_cast<double>(stream_us) / kHour
+                                  : static_cast<double>(count.bytes);
     }
-    forecast.bytes = static_cast<uint64_t>(bytes);
+    forecast.bytes = Whole(bytes);
     AddIndex(forecast, streams, length_us);
     AddLimits(forecast, streams, longest_us);
     return forecast;

@@ -16,6 +16,10 @@ extern "C" void NoteSignal(int number)
 
 void Catch(int number)
 {
+    // Of nohup, and of a shell for what it runs in the background: such a signal stays ignored.
+    struct sigaction before = {};
+    if (sigaction(number, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) return;
+
     struct sigaction action = {};
     action.sa_handler = NoteSignal;
     sigemptyset(&action.sa_mask);
@@ -30,6 +34,7 @@ void CatchInterrupts()
 {
     Catch(SIGINT);
     Catch(SIGTERM);
+    Catch(SIGHUP);
 }
 
 int CaughtSignal()

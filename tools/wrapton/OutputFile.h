@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,6 +12,10 @@
 
 namespace Orbel::Wrapton::Command
 {
+
+/// True for "-", and for a file or a pipe that standard output goes to whatever its name here: what
+/// is told must not get between the bytes.
+bool IsStandardOutput(const std::string& path);
 
 /// The file, or the standard output, that the command writes: the library's own file sink, with its
 /// errors told in words.
@@ -25,11 +31,14 @@ public:
                const std::vector<std::string>& inputs,
                unsigned int type = SG_STREAM_TYPE_MP4);
 
-    /// Writes nothing: the sizes are those that a file of this name would have.
-    explicit OutputFile(std::string path);
+    /// Writes nothing: the sizes are those that a file of this name would have. Throws Failure when
+    /// it is one of the inputs.
+    static std::unique_ptr<OutputFile> Rehearsed(const std::string& path,
+                                                 const std::vector<std::string>& inputs,
+                                                 unsigned int type);
 
     /// Places a block of the library, by the closing rules of its container.
-    std::size_t Place(const Block& block) { return m_sink(block); }
+    std::size_t Place(const Block& block);
 
     /// Writes bytes where they are said to belong. Returns the bytes written, fewer than given only
     /// after an error.
@@ -49,8 +58,15 @@ public:
     void Finish();
 
 private:
+    struct Rehearsal
+    {
+        bool replaces_header;  ///< the closing one of FLV, as in a file
+    };
+    explicit OutputFile(Rehearsal rehearsal, std::string path);
+
     std::string m_path;
     FileSink m_sink;
+    std::optional<Rehearsal> m_rehearsal;  ///< nothing is written
 };
 
 }  // namespace Orbel::Wrapton::Command

@@ -66,7 +66,7 @@ std::string OutputSeries::NameOf(unsigned int number) const
 std::unique_ptr<OutputFile> OutputSeries::Next()
 {
     const std::string name = NameOf(++m_nOpened);
-    return m_bDryRun ? std::make_unique<OutputFile>(name)
+    return m_bDryRun ? OutputFile::Rehearsed(name, m_inputs, m_nType)
                      : std::make_unique<OutputFile>(name, m_inputs, m_nType);
 }
 

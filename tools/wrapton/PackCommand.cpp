@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "Arguments.h"
 #include "Batch.h"
 #include "EachPlan.h"
 #include "Failure.h"
@@ -105,7 +106,7 @@ int Run(PackOptions options)
 
     if (options.each) return PackEach(options);
     // The output has standard output for itself.
-    if (options.output == OutputFile::kStandardOutput) std::cout.rdbuf(std::cerr.rdbuf());
+    if (IsStandardOutput(options.output)) std::cout.rdbuf(std::cerr.rdbuf());
     return Pack(options);
 }
 
@@ -118,15 +119,18 @@ void AddWhatGoesIn(CLI::App& pack, PackOptions& options)
     pack.add_option("-o,--output",
                     options.output,
                     "The file to write; all FILES are inputs then. A directory is that of --each")
-        ->type_name("OUTPUT");
+        ->type_name("OUTPUT")
+        ->check(NotEmpty);
     pack.add_flag("--each",
                   options.each,
                   "Make an output of every input. OUTPUT is a directory, or a name with {name}, "
                   "{ext}, {dir} or {number} of the input in it");
     pack.add_option("--video", options.inputs.video, "Take the video from this file")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(NotEmpty);
     pack.add_option("--audio", options.inputs.audio, "Take the audio from this file")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(NotEmpty);
     pack.add_option("--fps",
                     options.inputs.frame_rate,
                     "Pictures per second, for streams that do not say it")
@@ -148,7 +152,8 @@ void AddWhatComesOut(CLI::App& pack, PackOptions& options)
                     options.to,
                     "Container, one of those `wrapton formats` lists; "
                     "otherwise the output's extension says it")
-        ->type_name("TYPE");
+        ->type_name("TYPE")
+        ->check(NotEmpty);
     pack.add_option("--reserve",
                     options.reserve,
                     "Room for the index ahead of the media, so that playing can begin "
@@ -163,12 +168,16 @@ void AddWhatComesOut(CLI::App& pack, PackOptions& options)
                     options.segment,
                     "Go on in another file, OUTPUT_0001 and so on, with the first key picture "
                     "behind a TIME (90, 10m, 1:30:00) or a SIZE (100M, 4G)")
-        ->type_name("TIME|SIZE");
+        ->type_name("TIME|SIZE")
+        ->check(NotEmpty);
     pack.add_option("--start",
                     options.start,
                     "Begin with the first key picture that is not ahead of this time")
-        ->type_name("TIME");
-    pack.add_option("--duration", options.duration, "End after this time")->type_name("TIME");
+        ->type_name("TIME")
+        ->check(NotEmpty);
+    pack.add_option("--duration", options.duration, "End after this time")
+        ->type_name("TIME")
+        ->check(NotEmpty);
     pack.add_flag("--dry-run", options.dry_run, "Package everything, and write nothing");
     pack.add_flag("--json", options.json, "Print the result as JSON");
     pack.add_flag("--progress", options.progress, "Print key=value lines while packaging");
@@ -185,7 +194,8 @@ void AddPackCommand(CLI::App& app, std::function<int()>& run)
     AddWhatComesOut(*pack, *options);
     pack->footer(
         "Exit codes: 0 everything is stored, 1 a frame or a whole stream is not, 2 failed,\n"
-        "130 or 143 ended by a signal after completing the file; with --each the highest of all.");
+        "129, 130 or 143 ended by a signal after completing the file; with --each the highest of "
+        "all.");
     pack->callback([options, &run] { run = [options] { return Run(*options); }; });
 }
 

@@ -29,6 +29,8 @@ TrimRequest TrimOf(const PackOptions& options)
     TrimRequest request;
     if (!options.start.empty()) request.start_us = TimeOf("--start", options.start);
     if (!options.duration.empty()) request.duration_us = TimeOf("--duration", options.duration);
+    if (request.duration_us == 0)
+        throw Failure("--duration: " + options.duration + " is no time at all");
     return request;
 }
 
@@ -59,7 +61,7 @@ void MakeDirectoryOf(const std::string& output)
     const std::filesystem::path directory = std::filesystem::path(output).parent_path();
     std::error_code error;
     if (!directory.empty()) std::filesystem::create_directories(directory, error);
-    if (error) throw Failure(output + ": " + error.message() + "; nothing was written");
+    if (error) throw Failure(output + ": " + error.message() + "; nothing was written to it");
 }
 
 void Record(const PackOptions& options, ProgressMeter& meter, Report& report)

@@ -5,6 +5,8 @@
 #include <iostream>
 #include <string>
 
+#include "Arguments.h"
+
 namespace Orbel::Wrapton::Command
 {
 namespace
@@ -26,8 +28,8 @@ void ShowLines(std::ostream& out, const Turn& turn, const Progress& progress)
 {
     out << "state=running\n";
     if (turn.count > 0)
-        out << "input=" << turn.input << "\nnumber=" << turn.number << "\ninputs=" << turn.count
-            << '\n';
+        out << "input=" << InOneLine(turn.input) << "\nnumber=" << turn.number
+            << "\ninputs=" << turn.count << '\n';
     out << "frames_in=" << progress.frames_in << "\nbytes_written=" << progress.bytes_written
         << "\ntime_ms=" << progress.time_ms << '\n';
     if (progress.input_total > 0) out << "percent=" << Percent(progress) << '\n';

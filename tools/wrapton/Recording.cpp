@@ -274,9 +274,18 @@ void Recording::Run(OutputSeries& series, bool as_pcap)
     EndFile();
     m_report.output_complete = true;
     JudgeOutcome();
+    if (m_report.signal == 0 && !HasFrames())
+        throw Failure(m_pOutput->Path() + ": no frame was there to be stored, it does not play");
     if (!input_error.empty())
         throw Failure(input_error + "; " + m_pOutput->Path() +
                       " holds the frames read before that");
+}
+
+bool Recording::HasFrames() const
+{
+    return std::any_of(m_tracks.begin(),
+                       m_tracks.end(),
+                       [](const Track& track) { return track.report->frames_in > 0; });
 }
 
 void Recording::JudgeOutcome()

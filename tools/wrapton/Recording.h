@@ -57,6 +57,8 @@ private:
     /// Goes on in the next file when this one is full and a decoder can begin with the frame.
     void CutAhead(Track& track);
     Track* Earliest();
+    /// True when a frame came out of an input.
+    [[nodiscard]] bool HasFrames() const;
     void JudgeOutcome();
     void ShowProgress();
 

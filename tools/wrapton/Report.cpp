@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Arguments.h"
 #include "Containers.h"
 #include "Failure.h"
 #include "RtpStream.h"
@@ -289,11 +290,12 @@ void PrintJson(const Report& report)
 void PrintKeyValue(const Report& report)
 {
     std::cout << "state=" << StateName(report) << "\nexit_code=" << report.exit_code << '\n';
-    if (!report.input.empty()) std::cout << "input=" << report.input << '\n';
-    std::cout << "output=" << report.output << "\noutput_complete=" << report.output_complete
+    if (!report.input.empty()) std::cout << "input=" << InOneLine(report.input) << '\n';
+    std::cout << "output=" << InOneLine(report.output)
+              << "\noutput_complete=" << report.output_complete
               << "\ncontainer=" << report.container << "\nbytes=" << report.bytes << '\n';
     for (const SegmentReport& segment : report.segments)
-        std::cout << "segment=" << segment.output << '\n';
+        std::cout << "segment=" << InOneLine(segment.output) << '\n';
     for (const StreamReport& stream : report.streams)
     {
         const std::string kind = KindName(stream.info);

@@ -94,7 +94,7 @@ public:
         if (m_file.gcount() == std::ssize(bytes)) packet = ReadPacket(bytes);
         if (!packet)
         {
-            m_nLeft = length.size() + static_cast<uint64_t>(m_file.gcount()) + CountRest();
+            m_nLeft = length.size() + static_cast<uint64_t>(m_file.gcount());
             return std::nullopt;
         }
         packet->offset = m_nAt;
@@ -102,20 +102,19 @@ public:
         return packet;
     }
 
+    /// Reads on behind the last packet, to the end.
+    void CountRest()
+    {
+        std::array<char, 65536> room = {};
+        while (m_file.read(room.data(), room.size()) || m_file.gcount() > 0)
+            m_nLeft += static_cast<uint64_t>(m_file.gcount());
+    }
+
     /// Behind the last packet: bytes that are none.
     [[nodiscard]] uint64_t Left() const { return m_nLeft; }
     [[nodiscard]] uint64_t Bytes() const { return m_nAt + m_nLeft; }
 
 private:
-    uint64_t CountRest()
-    {
-        std::array<char, 65536> room = {};
-        uint64_t count = 0;
-        while (m_file.read(room.data(), room.size()) || m_file.gcount() > 0)
-            count += static_cast<uint64_t>(m_file.gcount());
-        return count;
-    }
-
     std::ifstream m_file;
     uint64_t m_nAt = 0;
     uint64_t m_nLeft = 0;
@@ -240,6 +239,7 @@ int TellRtp(const std::string& path, bool json, bool packets)
         if (packets) PrintPacket(*packet, json);
     }
     if (sources.empty()) throw Failure(path + ": no packet of RTP in it");
+    file.CountRest();
 
     bool is_damaged = file.Left() > 0;
     for (const auto& [ssrc, source] : sources)

@@ -108,8 +108,9 @@ void PrintManOfAll(const CLI::App& app)
             std::cout << ' ' << EntryOf(codec).name;
         std::cout << '\n';
     }
-    std::cout << ".SH EXIT STATUS\n0 done, 1 done with warnings, 2 failed; 130 or 143 ended by a "
-                 "signal.\n.SH SEE ALSO\n";
+    std::cout
+        << ".SH EXIT STATUS\n0 done, 1 done with warnings, 2 failed; 129, 130 or 143 ended by a "
+           "signal.\n.SH SEE ALSO\n";
     for (const CLI::App* command : Commands(app))
         std::cout << ".BR wrapton\\-" << command->get_name() << " (1)\n";
 }

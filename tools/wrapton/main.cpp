@@ -1,6 +1,10 @@
 // wrapton: packages coded audio and video files into containers, by the library's eight functions.
 
+#include <fcntl.h>
+#include <unistd.h>
 #include <CLI/CLI.hpp>
+
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <functional>
@@ -43,10 +47,20 @@ int RunCommand(int argc, char** argv)
     return run();
 }
 
+/// A standard file that is closed would give its number to the next file that is opened, and what
+/// is meant for standard output would go into a recording. Opened the wrong way round, it fails.
+void HoldStandardFiles()
+{
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(file, F_GETFD) < 0)
+            static_cast<void>(open("/dev/null", file == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
 {
+    HoldStandardFiles();
     // Neither a reader that leaves nor a file size limit may end the process in the middle of a
     // file; both come back from write(). Ignoring a signal that exists cannot fail.
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
@@ -64,7 +78,7 @@ int main(int argc, char** argv)
     if (!std::cout.flush())
     {
         std::cerr << "wrapton: standard output cannot be written\n";
-        code = code == kExitDone ? static_cast<int>(kExitFailed) : code;
+        code = std::max<int>(code, kExitFailed);
     }
     return code;
 }
