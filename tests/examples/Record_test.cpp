@@ -116,20 +116,28 @@ TEST_F(Record, FailsWhenItCannotReadOrWrite)
 
 TEST_F(Record, IsMendedWithTheIndexThatWasKept)
 {
-    const std::string input = RECORD_MEDIA "/qvga_320x240_12fps.mjpeg";
-    const std::string output = Path("mended.mp4");
-    ASSERT_EQ(Run({"320 240 12", input, output}, MEND_PROGRAM), 0);
+    const std::vector<Bytes> pictures = Support::AccessUnits(Support::ReadFile(kCamera));
+    std::size_t known = pictures.size();  // up to the last key picture: the rest is lost
+    while (!Support::IsIdr(pictures[known - 1]))
+        --known;
+    ASSERT_LT(known, pictures.size());
+    for (const char* type : {"mp4", "mov", "3gp", "mp464", "mov64", "mp4noseek"})
+    {
+        const std::string output = Path(type);
+        const std::string kept = Path("kept");
+        ASSERT_EQ(Run({"record", type, "640 360 25", kCamera, output, kept}, MEND_PROGRAM), 0);
+        ASSERT_EQ(Run({"repair", output, kept}, MEND_PROGRAM), 0) << type;
 
-    const Bytes file = Support::ReadFile(output);
-    const Readers::Mp4Movie movie = Readers::ReadMp4(file);
-    ASSERT_EQ(movie.tracks.size(), 1u);
-    const std::vector<Bytes> pictures = Support::JpegPictures(Support::ReadFile(input));
-    ASSERT_EQ(movie.tracks[0].samples.size(), pictures.size() - 1);  // the last one is lost
-    for (std::size_t i = 0; i + 1 < pictures.size(); ++i)
-        EXPECT_EQ(movie.tracks[0].samples[i].size, pictures[i].size()) << "picture " << i;
-
+        const Readers::Mp4Movie movie = Readers::ReadMp4(Support::ReadFile(output));
+        ASSERT_EQ(movie.tracks.size(), 1u) << type;
+        const auto& samples = movie.tracks[0].samples;
+        ASSERT_EQ(samples.size(), known) << type;
+        for (std::size_t i = 0; i < known; ++i)
+            EXPECT_EQ(samples[i].sync, Support::IsIdr(pictures[i])) << type << ", picture " << i;
+    }
     EXPECT_EQ(Run({}, MEND_PROGRAM), 2);
-    EXPECT_EQ(Run({"320 240 12", input, Path("missing/out.mp4")}, MEND_PROGRAM), 1);
+    EXPECT_EQ(Run({"record avi 640 360 25", kCamera, Path("out"), Path("kept")}, MEND_PROGRAM), 1);
+    EXPECT_EQ(Run({"repair", Path("mp4"), Path("missing")}, MEND_PROGRAM), 1);
 }
 
 TEST_F(Record, WritesEveryJpegPictureByTheHeaderForCxx)
