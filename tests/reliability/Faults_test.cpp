@@ -5,9 +5,9 @@
 
 #include "reliability/BlockLog.h"
 #include "reliability/FixedSources.h"
+#include "reliability/Shortages.h"
 #include "reliability/Subject.h"
 #include "support/Allocators.h"
-#include "support/FailingNew.h"
 
 namespace Reliability
 {
@@ -32,13 +32,6 @@ bool IsCode(int result)
     return result >= SG_ERR_NOERR && result <= SG_ERR_EMPTY_POINTER;
 }
 
-/// An allocation that finds no memory, and whether it has come.
-class Failure : public CallGuard
-{
-public:
-    [[nodiscard]] virtual bool HasCome() const = 0;
-};
-
 /// The n-th call of the caller's allocator.
 class CallersFailure final : public Failure
 {
@@ -51,21 +44,6 @@ public:
 private:
     AllocatorLog m_log;
     std::size_t m_number;
-};
-
-/// The n-th allocation of the library itself.
-class LibrarysFailure final : public Failure
-{
-public:
-    explicit LibrarysFailure(std::size_t number) : m_left(static_cast<long>(number) - 1) {}
-
-    void Begin() override { m_shortage.emplace(m_left); }
-    void End() override { m_shortage.reset(); }
-    [[nodiscard]] bool HasCome() const override { return m_left < 0; }
-
-private:
-    long m_left;
-    std::optional<Support::Shortage> m_shortage;
 };
 
 /// Where the blocks of a call go, whatever is the matter with the allocator.
@@ -133,7 +111,6 @@ INSTANTIATE_TEST_SUITE_P(EveryContainer,
                          ::testing::ValuesIn(kContainers),
                          [](const auto& type) { return NameOf(type.param); });
 
-constexpr std::size_t kNever = 1u << 30;
 constexpr std::size_t kMostAllocations = 3000;
 
 TEST_P(Faults, NoCallOfTheCallersAllocatorIsOneTooManyToFail)

@@ -18,92 +18,108 @@ using namespace Orbel::Wrapton;
 constexpr uint64_t kMostIdle = 128 * 1024;
 constexpr uint64_t kMostActive = 256 * 1024;
 
-/// A sum over all blocks, FNV-1a.
-struct Sum
+void Receive(SGOutputData* block, void* sum)
 {
-    uint64_t value = 0xCBF29CE484222325;
+    static_cast<BlockSum*>(sum)->Add(
+        block->offset_pos64, block->data_pointer, static_cast<std::size_t>(block->data_size));
+}
 
-    void Add(uint64_t number) { value = (value ^ number) * 0x100000001B3; }
-
-    static void Receive(SGOutputData* block, void* user)
-    {
-        auto& self = *static_cast<Sum*>(user);
-        self.Add(static_cast<uint64_t>(block->offset_pos64));
-        for (int32_t i = 0; i < block->data_size; ++i)
-        {
-            self.Add(block->data_pointer[i]);
-        }
-    }
-};
-
-SGCreateParam SumInto(Sum& sum)
+SGCreateParam SumInto(BlockSum& sum)
 {
     SGCreateParam create{};
     create.user = &sum;
-    create.sg_datacb = &Sum::Receive;
+    create.sg_datacb = &Receive;
     return create;
 }
 
-/// A few small frames of all kinds out of the script.
-std::vector<Support::Frame> Frames()
+Take SumOf(BlockSum& sum)
 {
-    const auto& script = Script();
-    return {script.begin(), script.begin() + 12};
+    return [&sum](int64_t position, const unsigned char* bytes, std::size_t size)
+    { sum.Add(position, bytes, size); };
 }
 
-uint64_t Alone(uint32_t type)
+/// The calls that begin and end a recording are named otherwise in a component.
+void Begin(Subject& subject)
 {
-    Sum sum;
-    Subject subject(type, SumInto(sum));
     subject.Header();
-    for (const Support::Frame& frame : Frames())
-    {
-        subject.Input(frame);
-    }
+}
+void End(Subject& subject)
+{
     subject.Tailer();
-    return sum.value;
+}
+void Begin(ComponentSubject& subject)
+{
+    EXPECT_TRUE(subject.Begin());
+}
+void End(ComponentSubject& subject)
+{
+    EXPECT_TRUE(subject.End());
+}
+
+/**
+ * What ExpectHandlesApart() promises, of @p count subjects that @p make gives; each is to put its
+ * output into the sum that it gets.
+ */
+template <class Make>
+void ExpectApart(const std::string& name, std::size_t count, Make make)
+{
+    const FixedSources sources;
+    const auto frames = SmallFrames();
+    std::vector<BlockSum> sums(count + 1);
+    {
+        const auto alone = make(sums[count]);
+        Begin(*alone);
+        for (const Support::Frame& frame : frames)
+            alone->Input(frame);
+        End(*alone);
+    }
+    const uint64_t alone = sums[count].Value();
+    ASSERT_NE(alone, BlockSum().Value());
+
+    std::vector<decltype(make(sums[0]))> subjects(count);
+    const uint64_t before = ResidentBytes();
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        subjects[i] = make(sums[i]);
+        ASSERT_TRUE(subjects[i]->Exists()) << i;
+    }
+    const uint64_t idle = ResidentBytes() - before;
+    for (const auto& subject : subjects)
+        Begin(*subject);
+    for (const Support::Frame& frame : frames)
+    {
+        for (const auto& subject : subjects)
+            subject->Input(frame);
+    }
+    const uint64_t active = ResidentBytes() - before;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        End(*subjects[i]);
+        ASSERT_EQ(sums[i].Value(), alone) << i;
+    }
+    if (!kMemoryCounts) return;
+
+    std::cout << name << ": " << idle / count << " bytes idle, " << active / count
+              << " active, of each of " << count << std::endl;
+    EXPECT_LT(idle / count, kMostIdle);
+    EXPECT_LT(active / count, kMostActive);
 }
 
 }  // namespace
 
 void ExpectHandlesApart(uint32_t type, std::size_t count)
 {
-    const FixedSources sources;
-    const uint64_t alone = Alone(type);
-    ASSERT_NE(alone, Sum().value);
-    const auto frames = Frames();
-    std::vector<Sum> sums(count);
-    std::vector<std::unique_ptr<Subject>> subjects(count);
-    const uint64_t before = ResidentBytes();
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        subjects[i] = std::make_unique<Subject>(type, SumInto(sums[i]));
-        ASSERT_TRUE(subjects[i]->Exists()) << i;
-    }
-    const uint64_t idle = ResidentBytes() - before;
-    for (const auto& subject : subjects)
-    {
-        subject->Header();
-    }
-    for (const Support::Frame& frame : frames)
-    {
-        for (const auto& subject : subjects)
-        {
-            subject->Input(frame);
-        }
-    }
-    const uint64_t active = ResidentBytes() - before;
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        subjects[i]->Tailer();
-        ASSERT_EQ(sums[i].value, alone) << i;
-    }
-    if (!kMemoryCounts) return;
+    ExpectApart(NameOf(type),
+                count,
+                [type](BlockSum& sum) { return std::make_unique<Subject>(type, SumInto(sum)); });
+}
 
-    std::cout << NameOf(type) << ": " << idle / count << " bytes idle, " << active / count
-              << " active, of each of " << count << std::endl;
-    EXPECT_LT(idle / count, kMostIdle);
-    EXPECT_LT(active / count, kMostActive);
+void ExpectComponentsApart(const ComponentKind& kind, std::size_t count)
+{
+    ExpectApart(kind.Name(),
+                count,
+                [&kind](BlockSum& sum)
+                { return std::make_unique<ComponentSubject>(kind, SumOf(sum)); });
 }
 
 }  // namespace Reliability

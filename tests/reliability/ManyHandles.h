@@ -1,12 +1,13 @@
 /**
  * @file ManyHandles.h
- * Any number of handles of one container at once.
+ * Any number of handles of one container, or of components of one type, at once.
  */
 #ifndef WRAPTON_TESTS_RELIABILITY_MANYHANDLES_H
 #define WRAPTON_TESTS_RELIABILITY_MANYHANDLES_H
 
 #include <cstdint>
 
+#include "reliability/ComponentSubject.h"
 #include "reliability/Subject.h"
 
 namespace Reliability
@@ -18,6 +19,8 @@ namespace Reliability
  * the memory of each.
  */
 void ExpectHandlesApart(uint32_t type, std::size_t count);
+/// The same for components.
+void ExpectComponentsApart(const ComponentKind& kind, std::size_t count);
 
 }  // namespace Reliability
 

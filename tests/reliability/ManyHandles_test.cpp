@@ -22,5 +22,19 @@ TEST_P(ManyHandles, AThousandDoNotMeet)
     ExpectHandlesApart(GetParam(), 1000);
 }
 
+class ManyComponents : public ::testing::TestWithParam<ComponentKind>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(EveryType,
+                         ManyComponents,
+                         ::testing::ValuesIn(kComponents),
+                         [](const auto& kind) { return kind.param.Name(); });
+
+TEST_P(ManyComponents, AThousandDoNotMeet)
+{
+    ExpectComponentsApart(GetParam(), 1000);
+}
+
 }  // namespace
 }  // namespace Reliability
