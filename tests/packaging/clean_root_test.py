@@ -124,7 +124,7 @@ class Root:
         for directory, directories, files in os.walk(self.path):
             here = Path(directory)
             if here == self.path:
-                directories[:] = [name for name in directories if name not in ("proc", "sys", "dev", "work")]
+                directories[:] = [name for name in directories if name not in ("proc", "sys", "dev", "try")]
             found.update(str(here / name) for name in (*directories, *files) if "wrapton" in name)
         return found
 
@@ -148,17 +148,17 @@ class CleanRoot(unittest.TestCase):
 
         cls.addClassCleanup(shutil.rmtree, SCRATCH / "root", ignore_errors=True)
         cls.root = Root(SCRATCH / "root")
-        cls.work = cls.root.path / "work"
+        cls.work = cls.root.path / "try"
         cls.work.mkdir()
         examples = [SOURCE / "examples" / name for name in (*EXAMPLES, "pictures.h")]
         for path in (*packages.values(), CAMERA, JPEGS, *examples):
             shutil.copy(path, cls.work)
         (cls.work / "CMakeLists.txt").write_text(PROJECT)
-        cls.packages = {name: f"/work/{path.name}" for name, path in packages.items()}
+        cls.packages = {name: f"/try/{path.name}" for name, path in packages.items()}
 
     def record(self, program, *form, stream=CAMERA):
         """Runs a program on a stream of the given form, by default the H.264 one."""
-        self.root.run(program, *(form or ("640", "360", "25")), f"/work/{stream.name}", "/work/camera.mp4")
+        self.root.run(program, *(form or ("640", "360", "25")), f"/try/{stream.name}", "/try/camera.mp4")
         recording = self.work / "camera.mp4"
         self.assertEqual(recording.read_bytes()[4:8], b"ftyp")
         self.assertGreater(recording.stat().st_size, stream.stat().st_size * 0.9)
@@ -175,24 +175,24 @@ class CleanRoot(unittest.TestCase):
     def test_2_pkg_config_builds_in_c_and_cpp(self):
         self.root.install(self.packages["libwrapton-dev"])
         flags = "$(pkg-config --cflags --libs wrapton)"
-        self.root.run("sh", "-ec", f"cd /work && gcc -std=c99 -Wall -Werror record.c {flags} -o by_pkg_config")
-        self.record("/work/by_pkg_config")
-        self.root.run("sh", "-ec", f"cd /work && g++ -std=c++20 -Wall -Werror record_pictures.cpp {flags} -o cpp")
-        self.record_pictures("/work/cpp")
+        self.root.run("sh", "-ec", f"cd /try && gcc -std=c99 -Wall -Werror record.c {flags} -o by_pkg_config")
+        self.record("/try/by_pkg_config")
+        self.root.run("sh", "-ec", f"cd /try && g++ -std=c++20 -Wall -Werror record_pictures.cpp {flags} -o cpp")
+        self.record_pictures("/try/cpp")
 
     def test_3_find_package_builds_in_c_and_cpp(self):
-        self.root.run("cmake", "-S", "/work", "-B", "/work/build")
-        self.root.run("cmake", "--build", "/work/build")
-        self.record("/work/build/record")
-        self.record_pictures("/work/build/record_pictures")
-        self.record_pictures("/work/build/mend")
-        self.record("/work/build/file")
+        self.root.run("cmake", "-S", "/try", "-B", "/try/build")
+        self.root.run("cmake", "--build", "/try/build")
+        self.record("/try/build/record")
+        self.record_pictures("/try/build/record_pictures")
+        self.record_pictures("/try/build/mend")
+        self.record("/try/build/file")
 
     def test_4_the_command_packs(self):
         self.root.install(self.packages["wrapton-tools"])
         self.assertEqual(self.root.run("wrapton", "--version"), "wrapton 1.0.0\n")
-        self.root.run("wrapton", "pack", f"/work/{CAMERA.name}", "/work/camera.omf")
-        self.root.run("wrapton", "info", "/work/camera.omf")
+        self.root.run("wrapton", "pack", f"/try/{CAMERA.name}", "/try/camera.omf")
+        self.root.run("wrapton", "info", "/try/camera.omf")
 
     def test_5_what_was_installed_is_what_was_packed(self):
         self.assertEqual(self.root.run("dpkg", "--verify", *PACKAGES), "")
@@ -200,7 +200,7 @@ class CleanRoot(unittest.TestCase):
 
     def test_6_the_library_stays_while_it_is_needed(self):
         self.root.run("apt-get", "purge", "-q", "-y", "libwrapton-dev")
-        self.record_pictures("/work/cpp")
+        self.record_pictures("/try/cpp")
         self.assertEqual(self.root.run("wrapton", "--version"), "wrapton 1.0.0\n")
 
     def test_7_nothing_is_left(self):
