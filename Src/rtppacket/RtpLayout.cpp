@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 
 namespace Orbel::Wrapton
 {
@@ -119,6 +120,7 @@ void CRtpLayout::PutPackets(std::span<unsigned char> room,
 
 CRtpLayout::Fragments CRtpLayout::PutFragments(std::span<unsigned char> room,
                                                std::span<const unsigned char> frame,
+                                               size_t searched,
                                                uint16_t& sequence_number) const noexcept
 {
     const size_t chunk_len = PayloadRoom() - CRtpFields::kFuaLen;
@@ -130,7 +132,16 @@ CRtpLayout::Fragments CRtpLayout::PutFragments(std::span<unsigned char> room,
     for (bool first = true, last = false; !last; first = false)
     {
         const size_t from = next.begin;
-        next = CopyToStartCode(frame, from, w.Left().subspan(around).data(), chunk_len);
+        unsigned char* const payload = w.Left().subspan(around).data();
+        if (from + chunk_len <= searched)
+        {
+            std::memcpy(payload, frame.data() + from, chunk_len);
+            next = {from + chunk_len, from + chunk_len};
+        }
+        else
+        {
+            next = CopyToStartCode(frame, from, payload, chunk_len);
+        }
         const size_t length = next.begin - from;
         last = length < chunk_len;
         // Kept: the fragments of a unit count its whole length although its header byte is not
@@ -157,13 +168,13 @@ void CRtpLayout::PutHeader(CMsbCursor& w,
 
     w.Bytes(m_info.custom);
     w.U16(static_cast<uint32_t>(m_nHeaderLen + payload_len));  // at most the limit
-    w.Bits<16>(Field<2>(kRtpVersion),
+    w.Bits<32>(Field<2>(kRtpVersion),
                Field<1>(0),  // padding
                Field<1>(extended ? 1 : 0),
                Field<4>(0),  // contributing sources
                Field<1>(last ? 1 : 0),
-               Field<7>(m_info.payload_type));
-    w.U16(sequence_number);
+               Field<7>(m_info.payload_type),
+               Field<16>(sequence_number));
     w.U32(m_info.timestamp);
     w.U32(m_info.ssrc);
     if (!extended) return;

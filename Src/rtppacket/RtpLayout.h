@@ -63,9 +63,11 @@ public:
     };
     /// Writes the fragments of the unit that begins @p frame and ends at the next start code.
     /// @param room for a unit that goes on to the frame's end
+    /// @param searched as many bytes begin no start code, and are copied without looking again
     /// @param sequence_number of the packet before the first; that of the last one afterwards
     Fragments PutFragments(std::span<unsigned char> room,
                            std::span<const unsigned char> frame,
+                           size_t searched,
                            uint16_t& sequence_number) const noexcept;
 
     /// The bytes of the packet at the beginning of @p packets, with what stands ahead of it.

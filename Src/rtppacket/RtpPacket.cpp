@@ -272,7 +272,7 @@ int CRtpPacket::AppendFragments(const CRtpLayout& layout,
     }
     if (room.empty()) return SG_ERR_MEMORY_OUT;
 
-    const auto fragments = layout.PutFragments(room, rest, sequence);
+    const auto fragments = layout.PutFragments(room, rest, next.begin - unit, sequence);
     m_nPackLen += static_cast<int>(fragments.size);
     next = {unit + fragments.end.begin, unit + fragments.end.unit};
     return SG_ERR_NOERR;

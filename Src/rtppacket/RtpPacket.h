@@ -87,7 +87,8 @@ private:
     int AppendUnit(const CRtpLayout& layout,
                    std::span<const unsigned char> unit,
                    uint16_t& sequence);
-    /// Appends the NAL unit at @p unit as fragments; @p next is then the start code behind it.
+    /// Appends the NAL unit at @p unit as fragments. @p next is where the search for its end has got
+    /// to, and then the start code behind it.
     int AppendFragments(const CRtpLayout& layout,
                         std::span<const unsigned char> frame,
                         size_t unit,

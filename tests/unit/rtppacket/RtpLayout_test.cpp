@@ -82,7 +82,7 @@ void Put(const CRtpLayout& layout,
             break;
         default:
         {
-            const auto fragments = layout.PutFragments(room, piece, sequence);
+            const auto fragments = layout.PutFragments(room, piece, piece.size() / 2, sequence);
             EXPECT_EQ(fragments.size, room.size());
             EXPECT_EQ(fragments.end.begin, piece.size());
             EXPECT_EQ(fragments.end.unit, piece.size());
@@ -158,7 +158,7 @@ TEST(CRtpLayout, FragmentsEndAtTheNextStartCodeWhereverItStands)
                     const std::unique_ptr<unsigned char[]> memory(new unsigned char[room]);
                     uint16_t sequence = 0;
                     const auto fragments =
-                        layout.PutFragments({memory.get(), room}, frame, sequence);
+                        layout.PutFragments({memory.get(), room}, frame, length, sequence);
                     EXPECT_EQ(fragments.size, layout.FragmentsSize(length));
                     EXPECT_EQ(fragments.end.begin, length);
                     EXPECT_EQ(fragments.end.unit, length + start_code);
