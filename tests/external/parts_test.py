@@ -206,6 +206,11 @@ class Check(MediaTest):
         self.assertEqual(self.met(formats["mkv"])["cluster times"], 66)
         self.assertAlmostEqual(self.met(formats["flv"])["time stamps"], 2**24 / 1000, places=3)
         self.assertEqual(self.met(formats["omf"]), {})
+        self.assertAlmostEqual(self.met(formats["ps"])["clock"], 2**32 / 90000, places=3)
+        self.assertAlmostEqual(self.met(formats["ts"])["time stamps"], 2**32 / 90000, places=3)
+        self.assertNotIn("clock", self.met(formats["gaysps"]))
+        _, formats = self.check("--for", "27h", FILM.path)
+        self.assertAlmostEqual(self.met(formats["gaysps"])["clock"], 2**33 / 90000, places=3)
         _, formats = self.check("--for", "60", FILM.path)
         for name in ("mp4", "mp464", "mkv", "flv", "avi"):
             self.assertEqual(self.met(formats[name]), {}, name)

@@ -61,7 +61,8 @@ std::vector<Limit> LimitsOf(const Container& container)
         case SG_STREAM_TYPE_MKV:
             // Clusters last a second each and count it in 16 bits of milliseconds.
             return {Time("cluster times", 66 * kSecond, "times start over every 65.536 seconds"),
-                    Time("clusters", 102400 * kSecond, "frames are refused")};
+                    Time("clusters", 102400 * kSecond, "frames are refused"),
+                    FrameBytes(2 * kMiB)};
         case SG_STREAM_TYPE_FLV:
         case SG_STREAM_TYPE_STREAM_FLV:
             return {Time("time stamps", (int64_t{1} << 24) * 1000, "times start over at 0"),
@@ -74,9 +75,13 @@ std::vector<Limit> LimitsOf(const Container& container)
             return {FrameBytes(2 * kMiB)};
         case SG_STREAM_TYPE_PS:
         case SG_STREAM_TYPE_QVPS:
-        case SG_STREAM_TYPE_GAYSPS:
             return {Time("clock", kClock90, "the clock of 32 bits starts over at 0"),
                     FrameBytes(kMiB)};
+        case SG_STREAM_TYPE_GAYSPS:
+            return {Time("clock", 2 * kClock90, "the clock of 33 bits starts over at 0"),
+                    FrameBytes(kMiB)};
+        case SG_STREAM_TYPE_TS:
+            return {Time("time stamps", kClock90, "the time stamps of 32 bits start over at 0")};
         case SG_STREAM_TYPE_WAV:
             return {Bytes("data size", kWords32, "the size of 32 bits wraps")};
         default:
