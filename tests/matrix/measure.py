@@ -85,7 +85,8 @@ def packed(container, recording, directory):
     if done.returncode not in (0, 1):
         return None
     result = json.loads(done.stdout)
-    return path if result["output_complete"] and result["streams"][0]["frames_stored"] > 0 else None
+    stored = all(stream["frames_stored"] > 0 for stream in result["streams"])
+    return path if result["output_complete"] and stored else None
 
 
 def mark(value):
