@@ -8,6 +8,8 @@ import sys
 import unittest
 from pathlib import Path
 
+from commands import run
+
 SOURCE = Path(sys.argv.pop(1))
 SCRATCH = Path(sys.argv.pop(1))
 CMAKE = sys.argv.pop(1)
@@ -31,21 +33,6 @@ foreach(source record.c record_pictures.cpp mend.cpp file.cpp broadcast.cpp)
   target_link_libraries(${name} PRIVATE wrapton::wrapton)
 endforeach()
 """
-
-
-def run(*command, **options):
-    result = subprocess.run(
-        [str(part) for part in command],
-        stdin=subprocess.DEVNULL,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.STDOUT,
-        text=True,
-        check=False,
-        **options,
-    )
-    if result.returncode != 0:
-        raise AssertionError(f"{' '.join(map(str, command))}\n{result.stdout}")
-    return result.stdout
 
 
 def codename():

@@ -3,11 +3,12 @@
 import os
 import re
 import shutil
-import subprocess
 import sys
 import tempfile
 import unittest
 from pathlib import Path
+
+from commands import run
 
 SOURCE = Path(sys.argv.pop(1))
 BUILD = Path(sys.argv.pop(1))
@@ -27,20 +28,6 @@ find_package(wrapton 1 REQUIRED CONFIG)
 add_executable(record {SOURCE}/examples/record.c)
 target_link_libraries(record PRIVATE wrapton::wrapton)
 """
-
-
-def run(*command, **options):
-    result = subprocess.run(
-        [str(part) for part in command],
-        stdout=subprocess.PIPE,
-        stderr=subprocess.STDOUT,
-        text=True,
-        check=False,
-        **options,
-    )
-    if result.returncode != 0:
-        raise AssertionError(f"{' '.join(map(str, command))}\n{result.stdout}")
-    return result.stdout
 
 
 def install(root, packages):
