@@ -146,9 +146,13 @@ class CleanRoot(unittest.TestCase):
     def record(self, program, *form, stream=CAMERA):
         """Runs a program on a stream of the given form, by default the H.264 one."""
         self.root.run(program, *(form or ("640", "360", "25")), f"/try/{stream.name}", "/try/camera.mp4")
+        self.expect_recording(stream)
+
+    def expect_recording(self, stream, part=0.9):
         recording = self.work / "camera.mp4"
         self.assertEqual(recording.read_bytes()[4:8], b"ftyp")
-        self.assertGreater(recording.stat().st_size, stream.stat().st_size * 0.9)
+        self.assertIn(b"moov", recording.read_bytes())
+        self.assertGreater(recording.stat().st_size, stream.stat().st_size * part)
         recording.unlink()
 
     def record_pictures(self, program):
@@ -172,7 +176,10 @@ class CleanRoot(unittest.TestCase):
         self.root.run("cmake", "--build", "/try/build")
         self.record("/try/build/record")
         self.record_pictures("/try/build/record_pictures")
-        self.record_pictures("/try/build/mend")
+        self.root.run("/try/build/mend", "record", "mp4", "640", "360", "25", f"/try/{CAMERA.name}",
+                      "/try/camera.mp4", "/try/camera.index")
+        self.root.run("/try/build/mend", "repair", "/try/camera.mp4", "/try/camera.index")
+        self.expect_recording(CAMERA, part=0.7)  # up to the index that was kept last
         self.record("/try/build/file")
 
     def test_4_the_command_packs(self):
