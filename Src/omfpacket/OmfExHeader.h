@@ -1,7 +1,6 @@
 #ifndef WRAPTON_OMFPACKET_OMFEXHEADER_H
 #define WRAPTON_OMFPACKET_OMFEXHEADER_H
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -44,8 +43,8 @@ void AddExHeaderSplit(CLsbCursor& w, const SGSplitInfo& split, const Omf_VideoFo
 void AddExHeaderRotation(CLsbCursor& w, uint32_t angle);
 void AddExHeaderCompanyType(CLsbCursor& w, uint32_t company_type, uint32_t foreign_header_length);
 
-/// Room for the longest run of extension headers, that of a video frame.
-using Omf_ExHeaderRoom = std::array<unsigned char, 8 + 4 + 8 + (8 + 15 * 16) + 4 + 8>;
+/// The longest run of extension headers, that of a video frame.
+inline constexpr size_t kOmfExHeadersMax = 8 + 4 + 8 + (8 + 15 * 16) + 4 + 8;
 
 }  // namespace Orbel::Wrapton
 

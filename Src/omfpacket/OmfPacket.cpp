@@ -1,5 +1,6 @@
 #include "omfpacket/OmfPacket.h"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <climits>
@@ -13,29 +14,36 @@ namespace Orbel::Wrapton
 namespace
 {
 
-using HeaderBytes = std::array<unsigned char, kOmfHeaderLen>;
-using TailerBytes = std::array<unsigned char, kOmfTailerLen>;
-
 /// What a frame has beside its payload and extension headers.
 constexpr uint32_t kFixedLen = kOmfHeaderLen + kOmfTailerLen;
 
-HeaderBytes MakeHeader(const Omf_Header& header)
+/// The sum of a word's bytes in its lowest 8 bits.
+constexpr uint64_t SumOfBytes(uint64_t word)
 {
-    HeaderBytes bytes;
-    CLsbCursor w(bytes);
-    w.FourCC(kOmfHeaderTag);
-    w.U8(header.frame_type);
-    w.U8(header.frame_sub_type);
-    w.U8(header.channel);
-    w.U8(header.frame_sub_num);
-    w.U32(header.frame_num);
-    w.U32(header.frame_length);
-    w.U32(header.frame_date);
-    w.U16(header.frame_time_stamp);
-    w.U8(header.frame_length_ex);
-    w.U8(GetSum8(bytes.data(), static_cast<int32_t>(w.Produced())));
-    assert(w.Produced() == bytes.size());
-    return bytes;
+    constexpr uint64_t kEveryOther = 0x00FF00FF00FF00FF;
+    const uint64_t pairs = (word & kEveryOther) + (word >> 8 & kEveryOther);
+    return pairs * 0x0001000100010001 >> 48 & 0xFF;
+}
+static_assert(SumOfBytes(0x0102030405060708) == 36);
+static_assert(SumOfBytes(UINT64_MAX) == (8 * 0xFF & 0xFF));
+
+/// Made of words that never leave the registers: adding up bytes that were stored a moment ago, and
+/// moving them on in wider pieces, makes the processor wait for the stores.
+void PutHeader(CLsbCursor& w, const Omf_Header& header)
+{
+    const uint64_t kind = LsbWordOf(FourCCField(kOmfHeaderTag),
+                                    Field<8>(header.frame_type),
+                                    Field<8>(header.frame_sub_type),
+                                    Field<8>(header.channel),
+                                    Field<8>(header.frame_sub_num));
+    const uint64_t extent = LsbWordOf(Field<32>(header.frame_num), Field<32>(header.frame_length));
+    const uint64_t time = LsbWordOf(Field<32>(header.frame_date),
+                                    Field<16>(header.frame_time_stamp),
+                                    Field<8>(header.frame_length_ex));
+    const uint64_t sum = SumOfBytes(kind) + SumOfBytes(extent) + SumOfBytes(time);
+    w.U64(kind);
+    w.U64(extent);
+    w.U64(time | sum << 56);
 }
 
 void PutTailer(CLsbCursor& w, const Omf_Header& header)
@@ -210,75 +218,65 @@ size_t COmfPacket::AddExHeader(CLsbCursor& w, const Draft& draft) const
     return check_at;
 }
 
-void COmfPacket::ExHeaders::SetCheck(uint32_t value)
-{
-    CLsbCursor w{std::span(room).subspan(check_at)};
-    w.U32(value);
-}
-
-std::span<const unsigned char> COmfPacket::ExHeaders::Bytes() const
-{
-    return std::span(room).first(length);
-}
-
 int COmfPacket::OutputFrame(Draft& draft)
 {
     constexpr uint32_t kPayloadMax = INT_MAX - kFixedLen;
     const uint32_t payload_len = draft.frame.frame_size;
     if (payload_len > kPayloadMax) return SG_ERR_PARAM_ERR;
 
-    ExHeaders ex_headers;
-    CLsbCursor w(ex_headers.room);
-    ex_headers.check_at = AddExHeader(w, draft);
-    ex_headers.length = w.Produced();
-    assert(!w.Overrun());
-    const auto ex_len = static_cast<uint32_t>(w.Produced());
+    Front front;
+    CLsbCursor ex_headers(std::span(front.room).subspan(kOmfHeaderLen));
+    front.check_at = kOmfHeaderLen + AddExHeader(ex_headers, draft);
+    assert(!ex_headers.Overrun());
+    const auto ex_len = static_cast<uint32_t>(ex_headers.Produced());
+    front.length = kOmfHeaderLen + ex_len;
     if (ex_len > kPayloadMax - payload_len) return SG_ERR_PARAM_ERR;
 
+    draft.header.frame_date = m_date.At(draft.frame.frame_data != 0 ? long{draft.frame.frame_data}
+                                                                    : draft.next.m_nCurTime);
     // The longest run of extension headers passes 8 bits; the frame's length counts all of it.
     draft.header.frame_length_ex = static_cast<uint8_t>(ex_len);
     draft.header.frame_length = kFixedLen + ex_len + payload_len;
-    draft.header.frame_date = m_date.At(draft.frame.frame_data != 0 ? long{draft.frame.frame_data}
-                                                                    : draft.next.m_nCurTime);
-    return draft.packet != nullptr ? OutputPacket(draft, ex_headers)
-                                   : OutputWhole(draft, ex_headers);
+    CLsbCursor header(std::span(front.room).first(kOmfHeaderLen));
+    PutHeader(header, draft.header);
+    assert(header.Produced() == kOmfHeaderLen);
+    return draft.packet != nullptr ? OutputPacket(draft, front) : OutputWhole(draft, front);
 }
 
-int COmfPacket::OutputWhole(const Draft& draft, ExHeaders& ex_headers)
+int COmfPacket::OutputWhole(const Draft& draft, const Front& front)
 {
     const uint32_t length = draft.header.frame_length;
     m_pDynamicBuffer.Clear();
     if (m_pDynamicBuffer.Reserve(length) != SG_ERR_NOERR) return SG_ERR_MEMORY_OUT;
 
-    const size_t ahead = kOmfHeaderLen + ex_headers.length;
     const auto block = AlignPayload(
         {m_pDynamicBuffer.GetPointer(), static_cast<size_t>(m_pDynamicBuffer.MaxSize())},
-        ahead,
+        front.length,
         length);
-    ex_headers.SetCheck(
-        OmfCopyAndCheck(m_nCheckType, draft.Payload(), block.subspan(ahead).data()));
-    CLsbCursor front(block.first(ahead));
-    front.Bytes(MakeHeader(draft.header));
-    front.Bytes(ex_headers.Bytes());
-    CLsbCursor back(block.subspan(ahead + draft.frame.frame_size));
+    // Ahead of the payload, so that the processor need not wait for the room's stores.
+    std::copy_n(front.room.begin(), front.length, block.begin());
+    const uint32_t check = OmfCopyAndCheck(
+        m_nCheckType, draft.Payload(), block.subspan(front.length).data());
+    LSB_uint32_to_memory(block.data() + front.check_at, check);
+    CLsbCursor back(block.subspan(front.length + draft.frame.frame_size));
     PutTailer(back, draft.header);
-    assert(ahead + draft.frame.frame_size + back.Produced() == length);
+    assert(front.length + draft.frame.frame_size + back.Produced() == length);
 
     Settle(draft);
     Emit(block.data(), length, Origin::kCurrent, 0);
     return SG_ERR_NOERR;
 }
 
-int COmfPacket::OutputPacket(const Draft& draft, ExHeaders& ex_headers)
+int COmfPacket::OutputPacket(const Draft& draft, Front& front)
 {
     const uint32_t length = draft.header.frame_length;
     PacketBuffer& packet = *draft.packet;
     if (!packet.Resize(length)) return SG_ERR_MEMORY_OUT;
 
     const std::span<unsigned char> room(packet.Data(), length);
-    ex_headers.SetCheck(OmfCheckValue(m_nCheckType, draft.Payload()));
-    CLsbCursor front(room);
-    front.Bytes(ex_headers.Bytes());
+    const uint32_t check = OmfCheckValue(m_nCheckType, draft.Payload());
+    LSB_uint32_to_memory(front.room.data() + front.check_at, check);
+    std::copy(front.room.begin() + kOmfHeaderLen, front.room.begin() + front.length, room.begin());
     CLsbCursor w(room.subspan(kOmfHeaderLen));
     w.Bytes(draft.Payload());
     PutTailer(w, draft.header);

@@ -1,6 +1,7 @@
 #ifndef WRAPTON_OMFPACKET_OMFPACKET_H
 #define WRAPTON_OMFPACKET_OMFPACKET_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -43,15 +44,12 @@ public:
     int CreateTailer(SGTailerInfo* pTailer, unsigned int nReserved) override;
 
 private:
-    /// The extension headers of a frame, composed ahead of its payload's check value.
-    struct ExHeaders
+    /// What stands ahead of a frame's payload, composed before the payload's check value is known.
+    struct Front
     {
-        Omf_ExHeaderRoom room;
+        std::array<unsigned char, kOmfHeaderLen + kOmfExHeadersMax> room;
         size_t length = 0;
         size_t check_at = 0;
-
-        void SetCheck(uint32_t value);
-        [[nodiscard]] std::span<const unsigned char> Bytes() const;
     };
     /// What one frame leaves behind for the next.
     struct State
@@ -88,8 +86,8 @@ private:
     /// value
     size_t AddExHeader(CLsbCursor& w, const Draft& draft) const;
     int OutputFrame(Draft& draft);
-    int OutputWhole(const Draft& draft, ExHeaders& ex_headers);
-    int OutputPacket(const Draft& draft, ExHeaders& ex_headers);
+    int OutputWhole(const Draft& draft, const Front& front);
+    int OutputPacket(const Draft& draft, Front& front);
     void Settle(const Draft& draft);
 
     CDynamicBuffer m_pDynamicBuffer;

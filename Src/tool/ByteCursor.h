@@ -113,6 +113,29 @@ constexpr uint64_t WordOf(Field<Widths>... fields) noexcept
     return word;
 }
 
+/// The word that fields make up, the first in the lowest bits: the order in which a little-endian word
+/// stands in memory.
+template <unsigned... Widths>
+constexpr uint64_t LsbWordOf(Field<Widths>... fields) noexcept
+{
+    static_assert((Widths + ...) <= 64);
+    uint64_t word = 0;
+    unsigned at = 0;
+    ((word |= uint64_t{fields.value} << at, at += Widths), ...);
+    return word;
+}
+
+/// Four characters as the first field of a little-endian word.
+constexpr Field<32> FourCCField(const char (&code)[5]) noexcept
+{
+    uint32_t value = 0;
+    for (unsigned i = 0; i < 4; ++i)
+    {
+        value |= uint32_t{static_cast<unsigned char>(code[i])} << 8 * i;
+    }
+    return Field<32>(value);
+}
+
 /// Big-endian layouts.
 class CMsbCursor : public CByteCursor
 {

@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <cstring>
 
 namespace Orbel::Wrapton
 {
@@ -19,6 +20,17 @@ struct _GUID
 // Byte writers. Each stores a value at `memory` and returns how many bytes it wrote; a null
 // `memory` writes nothing and gives 0. 16- and 24-bit writers store the low bits of the value.
 
+/// Stores a word as it stands in a register: one instruction, where single bytes would keep a writer
+/// from being inlined.
+template <class Word>
+inline uint32_t StoreWord(unsigned char* memory, Word word) noexcept
+{
+    static_assert(std::endian::native == std::endian::little);
+    if (memory == nullptr) return 0;
+    std::memcpy(memory, &word, sizeof(word));
+    return sizeof(word);
+}
+
 inline uint32_t MSB_uint8_to_memory(unsigned char* memory, uint8_t value) noexcept
 {
     if (memory == nullptr) return 0;
@@ -28,10 +40,7 @@ inline uint32_t MSB_uint8_to_memory(unsigned char* memory, uint8_t value) noexce
 
 inline uint32_t MSB_uint16_to_memory(unsigned char* memory, uint32_t value) noexcept
 {
-    if (memory == nullptr) return 0;
-    memory[0] = static_cast<unsigned char>(value >> 8);
-    memory[1] = static_cast<unsigned char>(value);
-    return 2;
+    return StoreWord(memory, __builtin_bswap16(static_cast<uint16_t>(value)));
 }
 
 inline uint32_t MSB_uint24_to_memory(unsigned char* memory, uint32_t value) noexcept
@@ -44,18 +53,12 @@ inline uint32_t MSB_uint24_to_memory(unsigned char* memory, uint32_t value) noex
 
 inline uint32_t MSB_uint32_to_memory(unsigned char* memory, uint32_t value) noexcept
 {
-    if (memory == nullptr) return 0;
-    MSB_uint16_to_memory(memory, value >> 16);
-    MSB_uint16_to_memory(memory + 2, value);
-    return 4;
+    return StoreWord(memory, __builtin_bswap32(value));
 }
 
 inline uint32_t MSB_uint64_to_memory(unsigned char* memory, uint64_t value) noexcept
 {
-    if (memory == nullptr) return 0;
-    MSB_uint32_to_memory(memory, static_cast<uint32_t>(value >> 32));
-    MSB_uint32_to_memory(memory + 4, static_cast<uint32_t>(value));
-    return 8;
+    return StoreWord(memory, __builtin_bswap64(value));
 }
 
 /// The IEEE 754 bit pattern.
@@ -71,26 +74,17 @@ inline uint32_t LSB_uint8_to_memory(unsigned char* memory, uint8_t value) noexce
 
 inline uint32_t LSB_uint16_to_memory(unsigned char* memory, uint32_t value) noexcept
 {
-    if (memory == nullptr) return 0;
-    memory[0] = static_cast<unsigned char>(value);
-    memory[1] = static_cast<unsigned char>(value >> 8);
-    return 2;
+    return StoreWord(memory, static_cast<uint16_t>(value));
 }
 
 inline uint32_t LSB_uint32_to_memory(unsigned char* memory, uint32_t value) noexcept
 {
-    if (memory == nullptr) return 0;
-    LSB_uint16_to_memory(memory, value);
-    LSB_uint16_to_memory(memory + 2, value >> 16);
-    return 4;
+    return StoreWord(memory, value);
 }
 
 inline uint32_t LSB_uint64_to_memory(unsigned char* memory, uint64_t value) noexcept
 {
-    if (memory == nullptr) return 0;
-    LSB_uint32_to_memory(memory, static_cast<uint32_t>(value));
-    LSB_uint32_to_memory(memory + 4, static_cast<uint32_t>(value >> 32));
-    return 8;
+    return StoreWord(memory, value);
 }
 
 /// Data1 to Data3 little-endian, then the bytes of Data4 as they stand.
