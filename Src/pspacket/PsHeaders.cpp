@@ -26,21 +26,11 @@ uint32_t FieldTicks(uint32_t frame_rate)
     return frame_rate == 0 ? 0 : static_cast<uint32_t>(kSystemClock / (uint64_t{2} * frame_rate));
 }
 
-/// The flags that every PES header here begins with, ISO/IEC 13818-1 table 2-21.
-void PutPesStart(CMsbCursor& w,
-                 uint32_t stream_id,
-                 uint32_t payload_len,
-                 uint32_t pts_dts_flags,
-                 uint32_t header_data_len)
+/// PES_packet_length.
+uint32_t PesPacketLen(uint32_t header_data_len, uint32_t payload_len)
 {
     constexpr uint32_t kFlagBytes = 3;
-
-    w.U24(kStartCodePrefix);
-    w.U8(stream_id);
-    w.U16(kFlagBytes + header_data_len + payload_len);
-    w.U8(0x80);  // marker, not scrambled, no flags
-    w.Bits<8>(Field<2>(pts_dts_flags), Field<6>(0));
-    w.U8(header_data_len);
+    return kFlagBytes + header_data_len + payload_len;
 }
 
 }  // namespace
@@ -48,19 +38,21 @@ void PutPesStart(CMsbCursor& w,
 /// ISO/IEC 13818-1 table 2-39.
 void PutPackHeader(CMsbCursor& w, uint64_t scr, uint32_t mux_rate)
 {
-    w.U24(kStartCodePrefix);
-    w.U8(0xBA);
-    w.Bits<48>(Field<2>(1),  // MPEG-2
-               Field<3>(static_cast<uint32_t>(scr >> 30)),
-               Field<1>(1),  // marker
-               Field<15>(static_cast<uint32_t>(scr >> 15)),
-               Field<1>(1),
-               Field<15>(static_cast<uint32_t>(scr)),
-               Field<1>(1),
-               Field<9>(0),  // extension
-               Field<1>(1));
-    w.Bits<24>(Field<22>(mux_rate), Field<2>(3));  // both markers
-    w.U8(0xF8);                                    // 5 reserved ones, no stuffing
+    w.Bits<112>(Field<24>(kStartCodePrefix),
+                Field<8>(0xBA),
+                Field<2>(1),  // MPEG-2
+                Field<3>(static_cast<uint32_t>(scr >> 30)),
+                Field<1>(1),  // marker
+                Field<15>(static_cast<uint32_t>(scr >> 15)),
+                Field<1>(1),
+                Field<15>(static_cast<uint32_t>(scr)),
+                Field<1>(1),
+                Field<9>(0),  // extension
+                Field<1>(1),
+                Field<22>(mux_rate),
+                Field<2>(3),   // both markers
+                Field<5>(31),  // reserved
+                Field<3>(0));  // no stuffing
 }
 
 /// ISO/IEC 13818-1 table 2-40.
@@ -117,19 +109,19 @@ void PutStreamMap(CMsbCursor& w, const PsMap& map)
 
 void PutPtsHeader(CMsbCursor& w, uint32_t stream_id, uint32_t payload_len, uint64_t pts)
 {
-    PutPesStart(w, stream_id, payload_len, 2, 5);
+    PutPesStart(w, stream_id, PesPacketLen(5, payload_len), 2, 5);
     PutPesTime(w, PesTime::kPtsAlone, pts);
 }
 
 void PutStuffedHeader(CMsbCursor& w, uint32_t stream_id, uint32_t payload_len)
 {
-    PutPesStart(w, stream_id, payload_len, 0, 5);
+    PutPesStart(w, stream_id, PesPacketLen(5, payload_len), 0, 5);
     PutPesTime(w, PesTime::kPtsAlone, 0);
 }
 
 void PutPtsDtsHeader(CMsbCursor& w, uint32_t payload_len, uint64_t pts, uint64_t dts)
 {
-    PutPesStart(w, kVideoStreamId, payload_len, 3, 10);
+    PutPesStart(w, kVideoStreamId, PesPacketLen(10, payload_len), 3, 10);
     PutPesTime(w, PesTime::kPtsBeforeDts, pts);
     PutPesTime(w, PesTime::kDts, dts);
 }

@@ -69,8 +69,9 @@ public:
     [[nodiscard]] const unsigned char* Data() const noexcept { return m_buffer.data(); }
 
 private:
+    /// Flat, so that the cursor lives in registers: through memory it costs more than what is written.
     template <class Layout>
-    int Fill(const Layout& layout)
+    [[gnu::flatten]] int Fill(const Layout& layout)
     {
         CMsbCursor w(m_buffer);
         layout(w);

@@ -118,32 +118,32 @@ void CRtpLayout::PutPackets(std::span<unsigned char> room,
     assert(w.Produced() == room.size());
 }
 
-CRtpLayout::Fragments CRtpLayout::PutFragments(std::span<unsigned char> room,
-                                               std::span<const unsigned char> frame,
-                                               size_t searched,
-                                               uint16_t& sequence_number) const noexcept
+size_t CRtpLayout::PutFragments(std::span<unsigned char> room,
+                                std::span<const unsigned char> rest,
+                                size_t whole,
+                                StartCode& end,
+                                uint16_t& sequence_number) const noexcept
 {
+    assert(rest.size() > whole && !rest.empty());
     const size_t chunk_len = PayloadRoom() - CRtpFields::kFuaLen;
     const size_t around = AheadLen() + m_nHeaderLen + CRtpFields::kFuaLen;
-    const uint8_t nal_header = frame.front();
+    const uint8_t nal_header = rest.front();
+
     CMsbCursor w(room);
-    // The payload comes ahead of its header, which tells how long it is and whether it is the last.
-    StartCode next{1, 1};
-    for (bool first = true, last = false; !last; first = false)
+    size_t from = 1;  // behind the NAL unit header, which the FU-A headers repeat
+    for (bool first = true;; first = false)
     {
-        const size_t from = next.begin;
-        unsigned char* const payload = w.Left().subspan(around).data();
-        if (from + chunk_len <= searched)
-        {
-            std::memcpy(payload, frame.data() + from, chunk_len);
-            next = {from + chunk_len, from + chunk_len};
-        }
-        else
-        {
-            next = CopyToStartCode(frame, from, payload, chunk_len);
-        }
-        const size_t length = next.begin - from;
-        last = length < chunk_len;
+        // The payload comes ahead of its header, which tells how long it is and whether it is the
+        // last. The first one is copied until the unit is known to be longer than a packet; what is
+        // too much is written over. Its NAL unit header falls into the place of the FU header.
+        const size_t ahead = first ? 1 : 0;
+        const size_t most = first ? 1 + std::max(chunk_len, whole) : chunk_len;
+        const StartCode next =
+            CopyToStartCode(rest, from - ahead, w.Left().subspan(around - ahead).data(), most);
+        if (first && next.begin <= whole) return 0;
+
+        const size_t length = std::min(next.begin - from, chunk_len);
+        const bool last = length < chunk_len;
         // Kept: the fragments of a unit count its whole length although its header byte is not
         // among their data. The byte that makes up for it is the one behind the unit. This is 0
         // everywhere: the first byte of the next start code, or a zero put behind the frame's end.
@@ -153,9 +153,15 @@ CRtpLayout::Fragments CRtpLayout::PutFragments(std::span<unsigned char> room,
         PutFuaHeader(w, nal_header, first && !last, last);
         w.Skip(length);
         w.Fill(added, 0);
+        assert(!w.Overrun());
+        if (last)
+        {
+            end = next;
+            return w.Produced();
+        }
+
+        from += length;
     }
-    assert(!w.Overrun());
-    return {w.Produced(), next};
 }
 
 /// RFC 3550 5.1 and, with an extension, 5.3.1, behind what stands ahead of every packet.
@@ -167,16 +173,15 @@ void CRtpLayout::PutHeader(CMsbCursor& w,
     const bool extended = !m_info.extension.empty();
 
     w.Bytes(m_info.custom);
-    w.U16(static_cast<uint32_t>(m_nHeaderLen + payload_len));  // at most the limit
-    w.Bits<32>(Field<2>(kRtpVersion),
+    w.Bits<48>(Field<16>(static_cast<uint32_t>(m_nHeaderLen + payload_len)),  // up to the limit
+               Field<2>(kRtpVersion),
                Field<1>(0),  // padding
                Field<1>(extended ? 1 : 0),
                Field<4>(0),  // contributing sources
                Field<1>(last ? 1 : 0),
                Field<7>(m_info.payload_type),
                Field<16>(sequence_number));
-    w.U32(m_info.timestamp);
-    w.U32(m_info.ssrc);
+    w.Bits<64>(Field<32>(m_info.timestamp), Field<32>(m_info.ssrc));
     if (!extended) return;
 
     const size_t words = Words(m_info.extension.size());

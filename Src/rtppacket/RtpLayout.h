@@ -55,20 +55,17 @@ public:
 
     /// The FU-A fragments of a NAL unit of this length, RFC 6184 5.8.
     [[nodiscard]] uint64_t FragmentsSize(size_t unit_len) const noexcept;
-    /// What became of a fragmented unit: the bytes written, and the start code it ended at.
-    struct Fragments
-    {
-        size_t size;
-        StartCode end;
-    };
-    /// Writes the fragments of the unit that begins @p frame and ends at the next start code.
-    /// @param room for a unit that goes on to the frame's end
-    /// @param searched as many bytes begin no start code, and are copied without looking again
+    /// Writes the fragments of the unit that begins @p rest and ends at the next start code.
+    /// @param room for a unit of all of @p rest
+    /// @param rest longer than @p whole
+    /// @param end the start code behind the unit
     /// @param sequence_number of the packet before the first; that of the last one afterwards
-    Fragments PutFragments(std::span<unsigned char> room,
-                           std::span<const unsigned char> frame,
-                           size_t searched,
-                           uint16_t& sequence_number) const noexcept;
+    /// @return the bytes written; 0, with nothing changed, for a unit of at most @p whole bytes
+    size_t PutFragments(std::span<unsigned char> room,
+                        std::span<const unsigned char> rest,
+                        size_t whole,
+                        StartCode& end,
+                        uint16_t& sequence_number) const noexcept;
 
     /// The bytes of the packet at the beginning of @p packets, with what stands ahead of it.
     [[nodiscard]] static size_t FirstSize(std::span<const unsigned char> packets,

@@ -210,24 +210,21 @@ int CRtpPacket::InputH264Data(const SGFrameInfo& frame,
     // Kept: the fragments of other pictures carry no FU-A headers.
     const bool may_fragment = frame.frame_sub_type <= SG_FRAME_SUB_TYPE_P;
 
-    StartCode code = FindStartCode(bytes, 0);
-    if (code.begin == bytes.size()) code.unit = 0;  // no start code: the frame is one unit
+    const StartCode code = FindStartCode(bytes, 0);
+    // Without a start code the frame is one unit.
+    auto rest = code.begin == bytes.size() ? bytes : bytes.subspan(code.unit);
     bool first = true;
     bool more = true;
     while (more)
     {
-        // Of a unit that is fragmented no more is looked at here: the rest is copied on the way.
         const size_t whole = may_fragment ? layout.MostWhole(first) : bytes.size();
-        StartCode next = FindStartCode(bytes, code.unit, whole + 1);
-        const size_t length = next.begin - code.unit;
-        const int result = length > whole
-                               ? AppendFragments(layout, bytes, code.unit, next, sequence)
-                               : AppendUnit(layout, bytes.subspan(code.unit, length), sequence);
+        StartCode end;
+        const int result = AppendUnit(layout, rest, whole, end, sequence);
         if (result != SG_ERR_NOERR) return result;
 
         first = false;
-        more = next.begin < bytes.size();
-        code = next;
+        more = end.begin < rest.size();
+        rest = rest.subspan(end.unit);
     }
     return SG_ERR_NOERR;
 }
@@ -245,9 +242,22 @@ int CRtpPacket::InputPlainData(const SGFrameInfo& frame,
 }
 
 int CRtpPacket::AppendUnit(const CRtpLayout& layout,
-                           std::span<const unsigned char> unit,
+                           std::span<const unsigned char> rest,
+                           size_t whole,
+                           StartCode& end,
                            uint16_t& sequence)
 {
+    // Most likely a unit that is longer than a packet: its end is looked for on the way, unless
+    // there has to be more room first.
+    if (rest.size() > whole && HasRoom(layout.FragmentsSize(rest.size())) &&
+        AppendFragments(layout, rest, whole, end, sequence))
+    {
+        return SG_ERR_NOERR;
+    }
+    end = FindStartCode(rest, 0, whole + 1);
+    if (end.begin > whole) return AppendLongUnit(layout, rest, whole, end, sequence);
+
+    const auto unit = rest.first(end.begin);
     const auto room = Claim(layout.NalUnitSize(unit.size()));
     if (room.empty()) return SG_ERR_MEMORY_OUT;
 
@@ -256,26 +266,36 @@ int CRtpPacket::AppendUnit(const CRtpLayout& layout,
     return SG_ERR_NOERR;
 }
 
-int CRtpPacket::AppendFragments(const CRtpLayout& layout,
-                                std::span<const unsigned char> frame,
-                                size_t unit,
-                                StartCode& next,
-                                uint16_t& sequence)
+int CRtpPacket::AppendLongUnit(const CRtpLayout& layout,
+                               std::span<const unsigned char> rest,
+                               size_t whole,
+                               StartCode& end,
+                               uint16_t& sequence)
 {
-    const auto rest = frame.subspan(unit);
-    auto room = Claim(layout.FragmentsSize(rest.size()));
-    if (room.empty())
-    {
-        // A unit that ends ahead of the frame may do with less.
-        const size_t length = FindStartCode(rest, 0).begin;
-        if (length < rest.size()) room = Claim(layout.FragmentsSize(length));
-    }
-    if (room.empty()) return SG_ERR_MEMORY_OUT;
+    if (AppendFragments(layout, rest, whole, end, sequence)) return SG_ERR_NOERR;
 
-    const auto fragments = layout.PutFragments(room, rest, next.begin - unit, sequence);
-    m_nPackLen += static_cast<int>(fragments.size);
-    next = {unit + fragments.end.begin, unit + fragments.end.unit};
-    return SG_ERR_NOERR;
+    // There is no memory for all that is left. A unit that ends ahead of it may do with less.
+    end = FindStartCode(rest, whole);
+    if (end.begin == rest.size()) return SG_ERR_MEMORY_OUT;
+
+    StartCode unit_end;
+    const auto unit = rest.first(end.begin);
+    const bool appended = AppendFragments(layout, unit, whole, unit_end, sequence);
+    return appended ? SG_ERR_NOERR : SG_ERR_MEMORY_OUT;
+}
+
+bool CRtpPacket::AppendFragments(const CRtpLayout& layout,
+                                 std::span<const unsigned char> rest,
+                                 size_t whole,
+                                 StartCode& end,
+                                 uint16_t& sequence)
+{
+    const auto room = Claim(layout.FragmentsSize(rest.size()));
+    if (room.empty()) return false;
+
+    const size_t size = layout.PutFragments(room, rest, whole, end, sequence);
+    m_nPackLen += static_cast<int>(size);
+    return size != 0;
 }
 
 std::span<unsigned char> CRtpPacket::Claim(uint64_t len) noexcept
@@ -284,10 +304,19 @@ std::span<unsigned char> CRtpPacket::Claim(uint64_t len) noexcept
     return {m_pPackBuf + m_nPackLen, static_cast<size_t>(len)};
 }
 
+bool CRtpPacket::HasRoom(uint64_t len) const noexcept
+{
+    const size_t capacity = m_pPacket != nullptr
+                                ? m_pPacket->Size()
+                                : static_cast<size_t>(m_pActualPackBuf.get_deleter().size);
+    return len <= capacity - static_cast<size_t>(m_nPackLen);
+}
+
 bool CRtpPacket::Reserve(uint64_t len) noexcept
 {
     const auto used = static_cast<uint32_t>(m_nPackLen);
     if (len > INT_MAX - used) return false;  // a block's size is a signed 32-bit number
+    if (HasRoom(len)) return true;
 
     const auto needed = static_cast<uint32_t>(used + len);
     return m_pPacket != nullptr ? GrowPacket(needed) : GrowActual(needed);
@@ -295,7 +324,7 @@ bool CRtpPacket::Reserve(uint64_t len) noexcept
 
 bool CRtpPacket::GrowPacket(uint32_t len) noexcept
 {
-    if (len > m_pPacket->Size() && !m_pPacket->Resize(len)) return false;
+    if (!m_pPacket->Resize(len)) return false;
 
     m_pPackBuf = m_pPacket->Data();
     return true;
@@ -304,8 +333,6 @@ bool CRtpPacket::GrowPacket(uint32_t len) noexcept
 bool CRtpPacket::GrowActual(uint32_t len) noexcept
 {
     const int capacity = m_pActualPackBuf.get_deleter().size;
-    if (len <= static_cast<uint32_t>(capacity)) return true;
-
     // By half of itself at least, so that many small units do not move the buffer again and again.
     const int enlarged = capacity <= INT_MAX - capacity / 2 ? capacity + capacity / 2 : INT_MAX;
     CallerBuffer larger = Allocate(std::max(enlarged, static_cast<int>(len)));

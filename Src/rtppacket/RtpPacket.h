@@ -84,22 +84,34 @@ private:
     int InputVideoData(const SGFrameInfo& frame, const CRtpLayout& layout, uint16_t& sequence);
     int InputH264Data(const SGFrameInfo& frame, const CRtpLayout& layout, uint16_t& sequence);
     int InputPlainData(const SGFrameInfo& frame, const CRtpLayout& layout, uint16_t& sequence);
+    /// Appends the NAL unit that begins @p rest; fragmented when it has more than @p whole bytes.
+    /// @p end is the start code behind it.
     int AppendUnit(const CRtpLayout& layout,
-                   std::span<const unsigned char> unit,
+                   std::span<const unsigned char> rest,
+                   size_t whole,
+                   StartCode& end,
                    uint16_t& sequence);
-    /// Appends the NAL unit at @p unit as fragments. @p next is where the search for its end has got
-    /// to, and then the start code behind it.
-    int AppendFragments(const CRtpLayout& layout,
-                        std::span<const unsigned char> frame,
-                        size_t unit,
-                        StartCode& next,
-                        uint16_t& sequence);
+    /// Appends one that has more.
+    int AppendLongUnit(const CRtpLayout& layout,
+                       std::span<const unsigned char> rest,
+                       size_t whole,
+                       StartCode& end,
+                       uint16_t& sequence);
+    /// Appends it as fragments. @return false when it has no more than @p whole bytes, or when
+    /// there is no memory for all of @p rest
+    bool AppendFragments(const CRtpLayout& layout,
+                         std::span<const unsigned char> rest,
+                         size_t whole,
+                         StartCode& end,
+                         uint16_t& sequence);
     void OutputData();
 
     /// Room for @p len bytes behind those of the frame so far; empty, with these kept, when there
     /// is none.
     std::span<unsigned char> Claim(uint64_t len) noexcept;
 
+    /// Whether there is room for @p len bytes behind those of the frame so far.
+    [[nodiscard]] bool HasRoom(uint64_t len) const noexcept;
     /// Makes room for @p len bytes behind those of the frame so far; false, with these kept, when
     /// there is none.
     bool Reserve(uint64_t len) noexcept;

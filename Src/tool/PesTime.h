@@ -8,6 +8,26 @@
 namespace Orbel::Wrapton
 {
 
+/// The 9 bytes that PES headers here begin with, ISO/IEC 13818-1 table 2-21: marker, not scrambled,
+/// and no flags but those of the time stamps.
+inline void PutPesStart(CMsbCursor& w,
+                        uint32_t stream_id,
+                        uint32_t packet_len,
+                        uint32_t pts_dts_flags,
+                        uint32_t header_data_len)
+{
+    constexpr uint32_t kStartCodePrefix = 0x000001;
+
+    w.Bits<72>(Field<24>(kStartCodePrefix),
+               Field<8>(stream_id),
+               Field<16>(packet_len),
+               Field<2>(2),  // marker
+               Field<6>(0),
+               Field<2>(pts_dts_flags),
+               Field<6>(0),
+               Field<8>(header_data_len));
+}
+
 /// Which time stamp of a PES header follows: the four bits ahead of it.
 enum class PesTime : uint32_t
 {

@@ -12,8 +12,8 @@ namespace Orbel::Wrapton
 /// of the four-byte form, and where the NAL unit behind it does.
 struct StartCode
 {
-    size_t begin;
-    size_t unit;
+    size_t begin = 0;
+    size_t unit = 0;
 };
 
 constexpr size_t kToTheEnd = SIZE_MAX;

@@ -20,8 +20,8 @@ struct _GUID
 // Byte writers. Each stores a value at `memory` and returns how many bytes it wrote; a null
 // `memory` writes nothing and gives 0. 16- and 24-bit writers store the low bits of the value.
 
-/// Stores a word as it stands in a register: one instruction, where single bytes would keep a writer
-/// from being inlined.
+/// Stores a word as it stands in a register: one instruction, where single bytes would keep a
+/// writer from being inlined.
 template <class Word>
 inline uint32_t StoreWord(unsigned char* memory, Word word) noexcept
 {

@@ -92,15 +92,15 @@ constexpr uint32_t TsHeader(const TS_pack& pack)
 /// Adaptation field, table 2-6, with stuffing to its length.
 void PutAdaptationField(CMsbCursor& w, const TS_pack& pack, int64_t clock)
 {
-    w.U8(pack.adaptation_field_length);
-    w.Bits<8>(Field<1>(pack.discontinuity_indicator),
-              Field<1>(pack.random_access_indicator),
-              Field<1>(pack.elementary_stream_priority_indicator),
-              Field<1>(pack.PCR_flag),
-              Field<1>(pack.OPCR_flag),
-              Field<1>(pack.splicing_point_flag),
-              Field<1>(pack.transport_private_data_flag),
-              Field<1>(pack.adaptation_field_extension_flag));
+    w.Bits<16>(Field<8>(pack.adaptation_field_length),
+               Field<1>(pack.discontinuity_indicator),
+               Field<1>(pack.random_access_indicator),
+               Field<1>(pack.elementary_stream_priority_indicator),
+               Field<1>(pack.PCR_flag),
+               Field<1>(pack.OPCR_flag),
+               Field<1>(pack.splicing_point_flag),
+               Field<1>(pack.transport_private_data_flag),
+               Field<1>(pack.adaptation_field_extension_flag));
     size_t stuffing = pack.adaptation_field_length - 1;
     if (pack.PCR_flag != 0)
     {
@@ -114,18 +114,24 @@ void PutAdaptationField(CMsbCursor& w, const TS_pack& pack, int64_t clock)
     w.Fill(stuffing, 0xFF);
 }
 
+using Packet = std::array<unsigned char, kPacketLen>;
+
 /// A packet with a section that begins in it, filled up behind it.
 template <size_t Size>
-void PutSection(CMsbCursor& w, uint32_t pid, const std::array<unsigned char, Size>& section)
+Packet SectionPacket(uint32_t pid, const std::array<unsigned char, Size>& section)
 {
     TS_pack pack;
     TsPaskInit(pack);
     pack.PID = pid;
+
+    Packet packet;
+    CMsbCursor w(packet);
     w.U32(TsHeader(pack));
     w.U8(0);  // pointer_field
     w.Bytes(section);
     w.U32(CRC_encode(section));
-    w.Fill(kPacketLen - kHeaderLen - 1 - Size - 4, 0xFF);
+    w.Fill(packet.size() - w.Produced(), 0xFF);
+    return packet;
 }
 
 /// The eight bytes that sections of both kinds begin with.
@@ -153,6 +159,36 @@ void PutPid(CMsbCursor& w, uint32_t pid)
 void PutNoDescriptors(CMsbCursor& w)
 {
     w.Bits<16>(Field<4>(15), Field<12>(0));
+}
+
+/// ISO/IEC 13818-1 table 2-30.
+Packet PatPacket()
+{
+    std::array<unsigned char, 12> section{};
+    CMsbCursor s(section);
+    PutSectionStart(s, 0x00, 13, kTransportStream);
+    s.U16(kProgram);
+    PutPid(s, kPmtPid);
+    assert(s.Produced() == section.size());
+    return SectionPacket(0, section);
+}
+
+/// ISO/IEC 13818-1 table 2-33.
+Packet PmtPacket(uint32_t video_stream_type)
+{
+    std::array<unsigned char, 22> section{};
+    CMsbCursor s(section);
+    PutSectionStart(s, 0x02, 23, kProgram);
+    PutPid(s, kVideoPid);  // PCR_PID
+    PutNoDescriptors(s);
+    s.U8(video_stream_type);
+    PutPid(s, kVideoPid);
+    PutNoDescriptors(s);
+    s.U8(0x03);  // MPEG-1 audio, whatever it is
+    PutPid(s, kAudioPid);
+    PutNoDescriptors(s);
+    assert(s.Produced() == section.size());
+    return SectionPacket(kPmtPid, section);
 }
 
 /// Bytes of a PES packet from @p at on. What stands ahead of the frame is never cut in two.
@@ -233,34 +269,19 @@ uint32_t CRC_encode(std::span<const unsigned char> section)
     return crc;
 }
 
-/// ISO/IEC 13818-1 table 2-30.
+// Sections never change, and are made once.
+
 void Pat2Ts(CMsbCursor& w)
 {
-    std::array<unsigned char, 12> section{};
-    CMsbCursor s(section);
-    PutSectionStart(s, 0x00, 13, kTransportStream);
-    s.U16(kProgram);
-    PutPid(s, kPmtPid);
-    assert(s.Produced() == section.size());
-    PutSection(w, 0, section);
+    static const Packet kPat = PatPacket();
+    w.Bytes(kPat);
 }
 
-/// ISO/IEC 13818-1 table 2-33.
 void Pmt2Ts(CMsbCursor& w, TS_TYPE type)
 {
-    std::array<unsigned char, 22> section{};
-    CMsbCursor s(section);
-    PutSectionStart(s, 0x02, 23, kProgram);
-    PutPid(s, kVideoPid);  // PCR_PID
-    PutNoDescriptors(s);
-    s.U8(type == PLY_BK_MPEG4 ? 0x10 : 0x1B);
-    PutPid(s, kVideoPid);
-    PutNoDescriptors(s);
-    s.U8(0x03);  // MPEG-1 audio, whatever it is
-    PutPid(s, kAudioPid);
-    PutNoDescriptors(s);
-    assert(s.Produced() == section.size());
-    PutSection(w, kPmtPid, section);
+    static const Packet kMpeg4 = PmtPacket(0x10);
+    static const Packet kH264 = PmtPacket(0x1B);
+    w.Bytes(type == PLY_BK_MPEG4 ? kMpeg4 : kH264);
 }
 
 /// ISO/IEC 13818-1 table 2-21.
@@ -273,12 +294,12 @@ TsPes FrameData2Pes(std::span<const unsigned char> frame, int64_t clock, TS_TYPE
     TsPes pes;
     pes.frame = frame;
     CMsbCursor w(pes.lead);
-    w.U24(0x000001);
-    w.U8(0xE0);  // kept: of audio, too
-    w.U16(PesPacketLength(frame.size(), header_data_len, type));
-    w.U8(0x80);                 // marker, not scrambled, no flags
-    w.U8(audio ? 0x80 : 0xC0);  // PTS_DTS_flags
-    w.U8(header_data_len);
+    // Kept: the stream_id of video for audio, too.
+    PutPesStart(w,
+                0xE0,
+                PesPacketLength(frame.size(), header_data_len, type),
+                audio ? 2 : 3,
+                header_data_len);
     if (audio)
     {
         PutPesTime(w, PesTime::kPtsAlone, time);

@@ -82,10 +82,11 @@ void Put(const CRtpLayout& layout,
             break;
         default:
         {
-            const auto fragments = layout.PutFragments(room, piece, piece.size() / 2, sequence);
-            EXPECT_EQ(fragments.size, room.size());
-            EXPECT_EQ(fragments.end.begin, piece.size());
-            EXPECT_EQ(fragments.end.unit, piece.size());
+            StartCode end;
+            EXPECT_EQ(layout.PutFragments(room, piece, piece.size() - 1, end, sequence),
+                      room.size());
+            EXPECT_EQ(end.begin, piece.size());
+            EXPECT_EQ(end.unit, piece.size());
         }
     }
 }
@@ -141,33 +142,77 @@ TEST(CRtpLayout, FillsExactlyTheSizeItAnnouncesAndNoPacketPassesTheRoom)
         });
 }
 
+/// A unit of @p length bytes with a start code and another unit behind it.
+Bytes TwoUnits(std::size_t length, std::size_t start_code)
+{
+    Bytes frame = Payload(length, 3);
+    frame.insert(frame.end(), start_code - 1, 0);
+    frame.insert(frame.end(), {1, 0x41, 0x9A});
+    return frame;
+}
+
+template <class Test>
+void ForEachUnitLength(Test test)
+{
+    for (std::size_t length = 0; length <= 40; ++length)
+    {
+        for (const std::size_t start_code : {3u, 4u})
+        {
+            test(length, start_code);
+        }
+    }
+}
+
 TEST(CRtpLayout, FragmentsEndAtTheNextStartCodeWhereverItStands)
 {
     ForEachLayout(
         [](const Rtp_FrameInfo& info, const CRtpLayout& layout)
         {
             if (!layout.HasRoom()) return;
-            for (std::size_t length = 1; length <= 40; ++length)
-            {
-                for (const std::size_t start_code : {3u, 4u})
+            ForEachUnitLength(
+                [&](std::size_t length, std::size_t start_code)
                 {
-                    Bytes frame = Payload(length, 3);
-                    frame.insert(frame.end(), start_code - 1, 0);
-                    frame.insert(frame.end(), {1, 0x41, 0x9A});
+                    if (length == 0) return;
+                    const Bytes frame = TwoUnits(length, start_code);
                     const std::size_t room = layout.FragmentsSize(frame.size());
                     const std::unique_ptr<unsigned char[]> memory(new unsigned char[room]);
                     uint16_t sequence = 0;
-                    const auto fragments =
-                        layout.PutFragments({memory.get(), room}, frame, length, sequence);
-                    EXPECT_EQ(fragments.size, layout.FragmentsSize(length));
-                    EXPECT_EQ(fragments.end.begin, length);
-                    EXPECT_EQ(fragments.end.unit, length + start_code);
+                    StartCode end;
+                    const std::size_t size =
+                        layout.PutFragments({memory.get(), room}, frame, length - 1, end, sequence);
+                    EXPECT_EQ(size, layout.FragmentsSize(length));
+                    EXPECT_EQ(end.begin, length);
+                    EXPECT_EQ(end.unit, length + start_code);
                     const auto packets = Readers::ReadRtpPackets(
-                        Bytes(memory.get(), memory.get() + fragments.size), info.custom.size());
+                        Bytes(memory.get(), memory.get() + size), info.custom.size());
                     EXPECT_EQ(packets.size(), sequence);
                     EXPECT_EQ(packets.back().payload.back(), 0) << "the byte behind the unit";
-                }
-            }
+                });
+        });
+}
+
+TEST(CRtpLayout, UnitsThatAreNoLongerThanAPacketAreNotFragmented)
+{
+    ForEachLayout(
+        [](const Rtp_FrameInfo& /*info*/, const CRtpLayout& layout)
+        {
+            if (!layout.HasRoom()) return;
+            ForEachUnitLength(
+                [&](std::size_t length, std::size_t start_code)
+                {
+                    const Bytes frame = TwoUnits(length, start_code);
+                    const std::size_t room = layout.FragmentsSize(frame.size());
+                    const std::unique_ptr<unsigned char[]> memory(new unsigned char[room]);
+                    for (std::size_t whole = length; whole < frame.size(); ++whole)
+                    {
+                        uint16_t sequence = 7;
+                        StartCode end;
+                        EXPECT_EQ(
+                            layout.PutFragments({memory.get(), room}, frame, whole, end, sequence),
+                            0u);
+                        EXPECT_EQ(sequence, 7);
+                    }
+                });
         });
 }
 
