@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds everything and runs every test. With --sanitize also under the address and undefined
 # behaviour sanitizers, and under the thread sanitizer. With --ci, which has to end well within 20
-# minutes on two cores, under the former alone, and without the command as a process. With --threads
-# under the thread sanitizer, the tests that have threads only.
+# minutes on two cores, the former leave out the command as a process and the latter runs tests that
+# have threads only. With --threads these alone.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
@@ -14,7 +14,7 @@ case "${1-}" in
         presets+=(asan tsan)
         brief=
         ;;
-    --ci) presets+=(asan) ;;
+    --ci) presets+=(asan tsan) ;;
     --threads) presets=(tsan) ;;
     *)
         echo "usage: ./test.sh [--sanitize | --ci | --threads]" >&2
