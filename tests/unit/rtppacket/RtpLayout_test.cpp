@@ -111,7 +111,7 @@ void ExpectExact(const Rtp_FrameInfo& info,
     {
         EXPECT_LE(packet.length + info.custom.size(), info.limit);
         EXPECT_EQ(packet.marker, &packet == &packets.back());
-        const std::size_t fua = kind == Kind::kFragments ? 2 : 0;
+        const std::ptrdiff_t fua = kind == Kind::kFragments ? 2 : 0;
         payload.insert(payload.end(), packet.payload.begin() + fua, packet.payload.end());
     }
     Bytes expected(piece.begin(), piece.end());
