@@ -38,21 +38,20 @@ uint32_t PesPacketLen(uint32_t header_data_len, uint32_t payload_len)
 /// ISO/IEC 13818-1 table 2-39.
 void PutPackHeader(CMsbCursor& w, uint64_t scr, uint32_t mux_rate)
 {
-    w.Bits<112>(Field<24>(kStartCodePrefix),
-                Field<8>(0xBA),
-                Field<2>(1),  // MPEG-2
-                Field<3>(static_cast<uint32_t>(scr >> 30)),
-                Field<1>(1),  // marker
-                Field<15>(static_cast<uint32_t>(scr >> 15)),
-                Field<1>(1),
-                Field<15>(static_cast<uint32_t>(scr)),
-                Field<1>(1),
-                Field<9>(0),  // extension
-                Field<1>(1),
-                Field<22>(mux_rate),
-                Field<2>(3),   // both markers
-                Field<5>(31),  // reserved
-                Field<3>(0));  // no stuffing
+    w.Bits<32>(Field<24>(kStartCodePrefix), Field<8>(0xBA));
+    w.Bits<48>(Field<2>(1),  // MPEG-2
+               Field<3>(static_cast<uint32_t>(scr >> 30)),
+               Field<1>(1),  // marker
+               Field<15>(static_cast<uint32_t>(scr >> 15)),
+               Field<1>(1),
+               Field<15>(static_cast<uint32_t>(scr)),
+               Field<1>(1),
+               Field<9>(0),  // extension
+               Field<1>(1));
+    w.Bits<32>(Field<22>(mux_rate),
+               Field<2>(3),   // both markers
+               Field<5>(31),  // reserved
+               Field<3>(0));  // no stuffing
 }
 
 /// ISO/IEC 13818-1 table 2-40.

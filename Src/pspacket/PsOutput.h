@@ -3,7 +3,6 @@
 
 #include <climits>
 #include <cstddef>
-#include <optional>
 #include <span>
 
 #include "Platform.h"
@@ -20,11 +19,14 @@ namespace Orbel::Wrapton
 class CPsOutput
 {
 public:
-    explicit CPsOutput(std::span<unsigned char> buffer) noexcept : m_buffer(buffer) {}
+    /// Frames begin where the buffer does.
+    explicit CPsOutput(std::span<unsigned char> buffer) noexcept : m_buffer(buffer), m_whole(buffer)
+    {
+    }
     /// @param ahead bytes ahead of the payload of most frames: it decides where in the buffer they
     ///        are written
     CPsOutput(std::span<unsigned char> buffer, size_t ahead) noexcept
-        : m_buffer(buffer), m_ahead(ahead)
+        : m_buffer(AlignPayload(buffer, ahead, 0)), m_whole(buffer)
     {
     }
     explicit CPsOutput(PacketBuffer& packet) noexcept
@@ -56,12 +58,10 @@ public:
             layout(measure);
             return GrowPacket(measure.Produced()) ? Fill(layout) : 0;
         }
-        const auto whole = m_buffer;
-        if (m_ahead.has_value()) m_buffer = AlignPayload(whole, *m_ahead, 0);
         const int length = Fill(layout);
-        if (length != 0 || m_buffer.size() == whole.size()) return length;
+        if (length != 0 || m_buffer.size() == m_whole.size()) return length;
 
-        m_buffer = whole;
+        m_buffer = m_whole;
         return Fill(layout);
     }
 
@@ -69,7 +69,8 @@ public:
     [[nodiscard]] const unsigned char* Data() const noexcept { return m_buffer.data(); }
 
 private:
-    /// Flat, so that the cursor lives in registers: through memory it costs more than what is written.
+    /// Flat, so that the cursor lives in registers: through memory it costs more than what is
+    /// written.
     template <class Layout>
     [[gnu::flatten]] int Fill(const Layout& layout)
     {
@@ -89,7 +90,7 @@ private:
     }
 
     std::span<unsigned char> m_buffer;
-    std::optional<size_t> m_ahead;
+    std::span<unsigned char> m_whole;  // of the work buffer, for a frame that fits nowhere else
     PacketBuffer* m_pPacket = nullptr;
     size_t m_nPacketSize = 0;
 };

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <cstring>
 #include <span>
-#include <type_traits>
 
 #include "tool/StreamTool.h"
 
@@ -104,18 +103,12 @@ struct Field
     uint32_t value;
 };
 
-__extension__ using uint128_t = unsigned __int128;
-
-/// The smallest word that has room for @p Total bits.
-template <unsigned Total>
-using WordFor = std::conditional_t<(Total <= 64), uint64_t, uint128_t>;
-
 /// The word that fields make up, the first in the highest bits.
 template <unsigned... Widths>
-constexpr auto WordOf(Field<Widths>... fields) noexcept
+constexpr uint64_t WordOf(Field<Widths>... fields) noexcept
 {
-    static_assert((Widths + ...) <= 128);
-    WordFor<(Widths + ...)> word = 0;
+    static_assert((Widths + ...) <= 64);
+    uint64_t word = 0;
     ((word = word << Widths | fields.value), ...);
     return word;
 }
@@ -159,31 +152,19 @@ public:
         MSB_compact_int_to_memory(Claim(CompactIntSize(value)), value);
     }
 
-    /// A word of @p Total bits made of fields, the first in the highest bits. Fields that follow
-    /// each other in a hot place are one word: the cursor moves on through memory from field to
-    /// field.
+    /// A word of @p Total bits made of fields, the first in the highest bits.
     template <unsigned Total, unsigned... Widths>
     void Bits(Field<Widths>... fields) noexcept
     {
         static_assert((Widths + ...) == Total, "the fields do not fill the word");
-        static_assert(Total % 8 == 0 && Total <= 128);
+        static_assert(Total % 8 == 0 && Total <= 64);
         // One claim for the whole word: it is stored whole or, at the end of the room, not at all.
         unsigned char* const place = Claim(Total / 8);
         if (place == nullptr) return;
 
         static_assert(std::endian::native == std::endian::little);
-        const WordFor<Total> word = WordOf(fields...);
-        if constexpr (Total <= 64)
-        {
-            const uint64_t bytes = __builtin_bswap64(word << (64 - Total));
-            std::memcpy(place, &bytes, Total / 8);
-        }
-        else
-        {
-            MSB_uint64_to_memory(place, static_cast<uint64_t>(word >> (Total - 64)));
-            const uint64_t rest = __builtin_bswap64(static_cast<uint64_t>(word << (128 - Total)));
-            std::memcpy(place + 8, &rest, Total / 8 - 8);
-        }
+        const uint64_t bytes = __builtin_bswap64(WordOf(fields...) << (64 - Total));
+        std::memcpy(place, &bytes, Total / 8);
     }
 
     /// Rewrites a field that has been produced before.

@@ -18,14 +18,14 @@ inline void PutPesStart(CMsbCursor& w,
 {
     constexpr uint32_t kStartCodePrefix = 0x000001;
 
-    w.Bits<72>(Field<24>(kStartCodePrefix),
+    w.Bits<64>(Field<24>(kStartCodePrefix),
                Field<8>(stream_id),
                Field<16>(packet_len),
                Field<2>(2),  // marker
                Field<6>(0),
                Field<2>(pts_dts_flags),
-               Field<6>(0),
-               Field<8>(header_data_len));
+               Field<6>(0));
+    w.U8(header_data_len);
 }
 
 /// Which time stamp of a PES header follows: the four bits ahead of it.

@@ -37,7 +37,7 @@ constexpr size_t kTableBytes = 2 * kPacketLen;
 constexpr size_t kPtsHeaderLen = 14;
 constexpr size_t kPtsDtsHeaderLen = 19;
 constexpr size_t kDelimiterLen = 6;
-static_assert(TsPes::kMostLead == kPtsDtsHeaderLen + kDelimiterLen);
+static_assert(kPtsDtsHeaderLen + kDelimiterLen <= kFirstPayloadLen);
 
 /// What each value of the highest byte does to a CRC when it is shifted out.
 constexpr std::array<uint32_t, 256> kCrcTable = []
@@ -63,6 +63,12 @@ size_t LeadLen(TS_TYPE type)
 {
     if (type == PLK_BK_AUDIO) return kPtsHeaderLen;
     return kPtsDtsHeaderLen + (type == PLY_BK_H264 ? kDelimiterLen : 0);
+}
+
+/// PES_header_data_length: a PTS, of pictures also a DTS.
+uint32_t HeaderDataLen(TS_TYPE type)
+{
+    return type == PLK_BK_AUDIO ? 5 : 10;
 }
 
 /// PES_packet_length of a frame; 0 leaves it open. Kept: the delimiter counts in the length, but
@@ -196,8 +202,7 @@ void PutPesBytes(CMsbCursor& w, const TsPes& pes, size_t at, size_t length)
 {
     if (at == 0)
     {
-        assert(pes.lead_len <= length);
-        w.Bytes(std::span(pes.lead).first(pes.lead_len));
+        PutPesLead(w, pes);
         w.Bytes(pes.frame.first(length - pes.lead_len));
         return;
     }
@@ -228,15 +233,15 @@ std::span<unsigned char> Room(unsigned char* out, int32_t length)
 }
 
 /// Both conversions, once the clock stands. @p pes_type is that of the PES, @p type that of the
-/// transport packets.
-int Frame2Ts(std::span<unsigned char> out,
-             int32_t& length,
-             std::span<const unsigned char> frame,
-             int64_t clock,
-             int32_t& frame_counter,
-             int32_t& continuity_counter,
-             TS_TYPE pes_type,
-             TS_TYPE type)
+/// transport packets. Flat, so that the cursor lives in registers.
+[[gnu::flatten]] int Frame2Ts(std::span<unsigned char> out,
+                              int32_t& length,
+                              std::span<const unsigned char> frame,
+                              int64_t clock,
+                              int32_t& frame_counter,
+                              int32_t& continuity_counter,
+                              TS_TYPE pes_type,
+                              TS_TYPE type)
 {
     const size_t needed = TsLength(frame.size(), frame_counter, pes_type);
     if (needed > out.size()) return -1;
@@ -284,40 +289,35 @@ void Pmt2Ts(CMsbCursor& w, TS_TYPE type)
     w.Bytes(type == PLY_BK_MPEG4 ? kMpeg4 : kH264);
 }
 
-/// ISO/IEC 13818-1 table 2-21.
 TsPes FrameData2Pes(std::span<const unsigned char> frame, int64_t clock, TS_TYPE type)
 {
-    const bool audio = type == PLK_BK_AUDIO;
-    const uint32_t header_data_len = audio ? 5 : 10;
-    const auto time = static_cast<uint32_t>(clock);  // 32 bits of it
+    return {.type = type,
+            .packet_len = PesPacketLength(frame.size(), HeaderDataLen(type), type),
+            .time = static_cast<uint32_t>(clock),  // 32 bits of it
+            .lead_len = LeadLen(type),
+            .frame = frame};
+}
 
-    TsPes pes;
-    pes.frame = frame;
-    CMsbCursor w(pes.lead);
-    // Kept: the stream_id of video for audio, too.
-    PutPesStart(w,
-                0xE0,
-                PesPacketLength(frame.size(), header_data_len, type),
-                audio ? 2 : 3,
-                header_data_len);
+/// ISO/IEC 13818-1 table 2-21.
+void PutPesLead(CMsbCursor& w, const TsPes& pes)
+{
+    constexpr uint32_t kVideoStreamId = 0xE0;  // kept: of audio, too
+
+    const bool audio = pes.type == PLK_BK_AUDIO;
+    PutPesStart(w, kVideoStreamId, pes.packet_len, audio ? 2 : 3, HeaderDataLen(pes.type));
     if (audio)
     {
-        PutPesTime(w, PesTime::kPtsAlone, time);
+        PutPesTime(w, PesTime::kPtsAlone, pes.time);
+        return;
     }
-    else
-    {
-        PutPesTime(w, PesTime::kPtsBeforeDts, time);
-        PutPesTime(w, PesTime::kDts, time);
-    }
-    if (type == PLY_BK_H264)
+    PutPesTime(w, PesTime::kPtsBeforeDts, pes.time);
+    PutPesTime(w, PesTime::kDts, pes.time);
+    if (pes.type == PLY_BK_H264)
     {
         // Access unit delimiter with any slice type, ISO/IEC 14496-10 7.3.2.4.
         w.U32(0x00000001);
         w.U16(0x09F0);
     }
-    pes.lead_len = w.Produced();
-    assert(pes.lead_len == LeadLen(type));
-    return pes;
 }
 
 void Pes2Ts(CMsbCursor& w,

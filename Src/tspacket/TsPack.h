@@ -1,7 +1,6 @@
 #ifndef WRAPTON_TSPACKET_TSPACK_H
 #define WRAPTON_TSPACKET_TSPACK_H
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -44,13 +43,13 @@ struct TS_pack
     uint32_t adaptation_field_extension_flag = 0;
 };
 
-/// A PES packet: what stands ahead of the frame, and the frame.
+/// A PES packet: what is told ahead of the frame, and the frame.
 struct TsPes
 {
-    static constexpr size_t kMostLead = 25;
-
-    std::array<unsigned char, kMostLead> lead{};
-    size_t lead_len = 0;
+    TS_TYPE type = PLY_BK_H264;
+    uint32_t packet_len = 0;  // PES_packet_length; 0 leaves it open
+    uint32_t time = 0;        // 90 kHz
+    size_t lead_len = 0;      // bytes ahead of the frame
     std::span<const unsigned char> frame;
 
     [[nodiscard]] size_t Size() const { return lead_len + frame.size(); }
@@ -71,6 +70,9 @@ void Pmt2Ts(CMsbCursor& w, TS_TYPE type);
 /// The PES packet of a frame, stamped with @p clock (90 kHz). @p type is one of video, or
 /// PLK_BK_AUDIO.
 TsPes FrameData2Pes(std::span<const unsigned char> frame, int64_t clock, TS_TYPE type);
+
+/// What stands ahead of the frame: the PES header and, of H.264, an access unit delimiter.
+void PutPesLead(CMsbCursor& w, const TsPes& pes);
 
 /**
  * Cuts a PES packet into transport packets, at every tenth behind PAT and PMT.

@@ -150,10 +150,6 @@ TEST(CByteCursor, StoresEveryKindOfFieldWholeOrNotAtAll)
     tooLongBy1(2, [](CMsbCursor& w) { w.Bits<16>(Field<8>(1), Field<8>(2)); });
     tooLongBy1(4, [](CMsbCursor& w) { w.Bits<32>(Field<32>(1)); });
     tooLongBy1(8, [](CMsbCursor& w) { w.Bits<64>(Field<32>(1), Field<32>(2)); });
-    tooLongBy1(9, [](CMsbCursor& w) { w.Bits<72>(Field<32>(1), Field<32>(2), Field<8>(3)); });
-    tooLongBy1(16,
-               [](CMsbCursor& w)
-               { w.Bits<128>(Field<32>(1), Field<32>(2), Field<32>(3), Field<32>(4)); });
 
     const Room room(15);
     CLsbCursor lsb(room.Span());
@@ -187,25 +183,6 @@ TEST(Bits, PutTheFirstFieldIntoTheHighestBits)
                   "AB CD EF "                   // 4 and 20 bits
                   "01 23 45 67 "                // one field of 32 bits
                   "3F FF FF FF E0 00 00 02"));  // 001, 32 ones, 29 bits
-}
-
-TEST(Bits, MakeUpWordsOfMoreThan64Bits)
-{
-    const Room room(9 + 14 + 16);
-    CMsbCursor w(room.Span());
-    w.Bits<72>(Field<24>(0x000001), Field<8>(0xE0), Field<32>(0x89ABCDEF), Field<8>(0x7F));
-    w.Bits<112>(Field<32>(0x01234567),
-                Field<31>(0x7FFFFFFF),
-                Field<2>(2),  // on both sides of the first 64 bits
-                Field<31>(0x2AAAAAAA),
-                Field<16>(0xFEDC));
-    w.Bits<128>(
-        Field<32>(0x00112233), Field<32>(0x44556677), Field<32>(0x8899AABB), Field<32>(0xCCDDEEFF));
-    EXPECT_EQ(w.Produced(), 39u);
-    EXPECT_EQ(room.Content(),
-              Hex("00 00 01 E0 89 AB CD EF 7F "
-                  "01 23 45 67 FF FF FF FF 2A AA AA AA FE DC "
-                  "00 11 22 33 44 55 66 77 88 99 AA BB CC DD EE FF"));
 }
 
 TEST(LsbWordOf, PutsTheFirstFieldIntoTheLowestBits)

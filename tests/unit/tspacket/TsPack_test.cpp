@@ -22,7 +22,11 @@ Bytes Written(Write write)
 
 Bytes LeadOf(const TsPes& pes)
 {
-    return {pes.lead.begin(), pes.lead.begin() + static_cast<std::ptrdiff_t>(pes.lead_len)};
+    Bytes lead(pes.lead_len);
+    CMsbCursor w(lead);
+    PutPesLead(w, pes);
+    EXPECT_EQ(w.Produced(), pes.lead_len);
+    return lead;
 }
 
 TEST(TsPaskInit, IsAStartingPacketWithPayloadOnly)
