@@ -67,23 +67,30 @@ void Spoil(SGFrameInfo& record, unsigned way)
     }
 }
 
-/// Repeats @p pattern over @p bytes. What is filled is copied behind itself, so that frames of
-/// megabytes take no time worth mentioning.
+/// Repeats @p pattern over @p bytes.
+void Repeat(std::span<unsigned char> bytes, std::span<const uint8_t> pattern)
+{
+    while (!bytes.empty())
+    {
+        const std::size_t count = std::min(bytes.size(), pattern.size());
+        std::copy_n(pattern.begin(), count, bytes.begin());
+        bytes = bytes.subspan(count);
+    }
+}
+
+/// Fills a frame with a pattern: all of it, or beginning and end of one that is long. Frames of
+/// megabytes that are nothing but start codes would take nearly all time.
 void Fill(std::span<unsigned char> bytes, std::span<const uint8_t> pattern)
 {
-    if (pattern.empty())
-    {
-        std::fill(bytes.begin(), bytes.end(), static_cast<unsigned char>(0x5A));
-        return;
-    }
-    std::size_t filled = std::min(bytes.size(), pattern.size());
-    std::copy_n(pattern.begin(), filled, bytes.begin());
-    while (filled < bytes.size())
-    {
-        const std::size_t count = std::min(filled, bytes.size() - filled);
-        std::copy_n(bytes.begin(), count, bytes.begin() + static_cast<std::ptrdiff_t>(filled));
-        filled += count;
-    }
+    constexpr std::size_t kMostAtBegin = 64 * 1024;
+    constexpr unsigned char kQuiet = 0x5A;
+
+    const std::size_t begin = pattern.empty() ? 0 : std::min(bytes.size(), kMostAtBegin);
+    const std::size_t end = std::min(bytes.size() - begin, pattern.size());
+    const auto middle = bytes.subspan(begin, bytes.size() - begin - end);
+    Repeat(bytes.first(begin), pattern);
+    std::fill(middle.begin(), middle.end(), kQuiet);
+    Repeat(bytes.last(end), pattern);
 }
 
 }  // namespace
