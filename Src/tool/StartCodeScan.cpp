@@ -27,11 +27,6 @@ namespace
 constexpr size_t kAhead = kStartCodeAhead;
 constexpr size_t kNone = SIZE_MAX;
 
-bool IsStartCode(const unsigned char* at)
-{
-    return at[0] == 0 && at[1] == 0 && (at[2] == 1 || (at[2] == 0 && at[3] == 1));
-}
-
 /// The first start code among the pairs of zeros that the bits of @p pairs stand for, the lowest
 /// for the one at @p at.
 size_t FirstOf(uint64_t pairs, const unsigned char* data, size_t at)

@@ -19,6 +19,12 @@ struct ScanRange
     size_t ahead;
 };
 
+/// @param at has kStartCodeAhead bytes behind the first
+inline bool IsStartCode(const unsigned char* at) noexcept
+{
+    return at[0] == 0 && at[1] == 0 && (at[2] == 1 || (at[2] == 0 && at[3] == 1));
+}
+
 /**
  * The loops under FindStartCode() and CopyToStartCode(). All of them do the same: the plain one
  * says what, the others are it with vectors. None reads behind the range or writes behind the bytes
