@@ -130,9 +130,10 @@ size_t CRtpLayout::PutFragments(std::span<unsigned char> room,
     const uint8_t nal_header = rest.front();
 
     CMsbCursor w(room);
-    size_t from = 1;  // behind the NAL unit header, which the FU-A headers repeat
-    for (bool first = true;; first = false)
+    constexpr size_t kBegin = 1;  // behind the NAL unit header, which the FU-A headers repeat
+    for (size_t from = kBegin;;)
     {
+        const bool first = from == kBegin;
         // The payload comes ahead of its header, which tells how long it is and whether it is the
         // last. The first one is copied until the unit is known to be longer than a packet; what is
         // too much is written over. Its NAL unit header falls into the place of the FU header.
