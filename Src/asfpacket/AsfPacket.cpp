@@ -142,7 +142,8 @@ void CAsfPacket::InputVideoData(const SGFrameInfo* pFrame)
                {.stream = key ? kAsfVideoKey : kAsfVideoInter,
                 .number = static_cast<uint8_t>(m_nVFrameNum),
                 .time = m_nCurVideoTime,
-                .bytes = parts.picture});
+                // In parts: copied as a whole it would be read before its halves are stored.
+                .bytes = {parts.picture.data(), parts.picture.size()}});
     assert(!w.Overrun());
     if (indexed)
     {
