@@ -36,22 +36,26 @@ uint32_t PesPacketLen(uint32_t header_data_len, uint32_t payload_len)
 }  // namespace
 
 /// ISO/IEC 13818-1 table 2-39.
-void PutPackHeader(CMsbCursor& w, uint64_t scr, uint32_t mux_rate)
+void PutPackHeader(CMsbCursor& out, uint64_t scr, uint32_t mux_rate)
 {
-    w.Bits<32>(Field<24>(kStartCodePrefix), Field<8>(0xBA));
-    w.Bits<48>(Field<2>(1),  // MPEG-2
-               Field<3>(static_cast<uint32_t>(scr >> 30)),
-               Field<1>(1),  // marker
-               Field<15>(static_cast<uint32_t>(scr >> 15)),
-               Field<1>(1),
-               Field<15>(static_cast<uint32_t>(scr)),
-               Field<1>(1),
-               Field<9>(0),  // extension
-               Field<1>(1));
-    w.Bits<32>(Field<22>(mux_rate),
-               Field<2>(3),   // both markers
-               Field<5>(31),  // reserved
-               Field<3>(0));  // no stuffing
+    const auto layout = [=](CMsbCursor& w)
+    {
+        w.Bits<32>(Field<24>(kStartCodePrefix), Field<8>(0xBA));
+        w.Bits<48>(Field<2>(1),  // MPEG-2
+                   Field<3>(static_cast<uint32_t>(scr >> 30)),
+                   Field<1>(1),  // marker
+                   Field<15>(static_cast<uint32_t>(scr >> 15)),
+                   Field<1>(1),
+                   Field<15>(static_cast<uint32_t>(scr)),
+                   Field<1>(1),
+                   Field<9>(0),  // extension
+                   Field<1>(1));
+        w.Bits<32>(Field<22>(mux_rate),
+                   Field<2>(3),   // both markers
+                   Field<5>(31),  // reserved
+                   Field<3>(0));  // no stuffing
+    };
+    PutWhole<kPackHeaderLen>(out, layout);
 }
 
 /// ISO/IEC 13818-1 table 2-40.
@@ -106,10 +110,14 @@ void PutStreamMap(CMsbCursor& w, const PsMap& map)
     w.U32(0);  // CRC
 }
 
-void PutPtsHeader(CMsbCursor& w, uint32_t stream_id, uint32_t payload_len, uint64_t pts)
+void PutPtsHeader(CMsbCursor& out, uint32_t stream_id, uint32_t payload_len, uint64_t pts)
 {
-    PutPesStart(w, stream_id, PesPacketLen(5, payload_len), 2, 5);
-    PutPesTime(w, PesTime::kPtsAlone, pts);
+    const auto layout = [=](CMsbCursor& w)
+    {
+        PutPesStart(w, stream_id, PesPacketLen(5, payload_len), 2, 5);
+        PutPesTime(w, PesTime::kPtsAlone, pts);
+    };
+    PutWhole<kPtsHeaderLen>(out, layout);
 }
 
 void PutStuffedHeader(CMsbCursor& w, uint32_t stream_id, uint32_t payload_len)

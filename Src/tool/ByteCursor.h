@@ -3,6 +3,7 @@
 
 #include <array>
 #include <bit>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -191,6 +192,19 @@ public:
         LSB_uint32_to_memory(Stored(at, 4), value);
     }
 };
+
+/// Writes a layout of exactly @p Count bytes, all of it or, at the end of the room, nothing. It has
+/// a cursor of its own, whose room is known to suffice: neither places nor checks are left of it.
+template <size_t Count, class Cursor, class Layout>
+[[gnu::always_inline]] inline void PutWhole(Cursor& w, Layout layout) noexcept
+{
+    const std::span<unsigned char> room = w.Claimed(Count);
+    if (room.empty()) return;
+
+    Cursor whole(room.first<Count>());
+    layout(whole);
+    assert(whole.Produced() == Count);
+}
 
 }  // namespace Orbel::Wrapton
 

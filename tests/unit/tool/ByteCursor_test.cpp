@@ -185,6 +185,34 @@ TEST(Bits, PutTheFirstFieldIntoTheHighestBits)
                   "3F FF FF FF E0 00 00 02"));  // 001, 32 ones, 29 bits
 }
 
+TEST(PutWhole, WritesAllOfALayoutOrNothing)
+{
+    const auto layout = [](CMsbCursor& w)
+    {
+        w.U16(0x0102);
+        w.U24(0x030405);
+    };
+    const Room room(6);
+    CMsbCursor w(room.Span());
+    w.U8(0x11);
+    PutWhole<5>(w, layout);
+    EXPECT_EQ(room.Content(), Hex("11 01 02 03 04 05"));
+    EXPECT_EQ(w.Produced(), 6u);
+    EXPECT_FALSE(w.Overrun());
+
+    const Room small(5);
+    CMsbCursor over(small.Span());
+    over.U8(0x11);
+    PutWhole<5>(over, layout);
+    EXPECT_EQ(small.Content(), Hex("11 EE EE EE EE"));
+    EXPECT_EQ(over.Produced(), 6u);
+    EXPECT_TRUE(over.Overrun());
+
+    CMsbCursor measure;
+    PutWhole<5>(measure, layout);
+    EXPECT_EQ(measure.Produced(), 5u);
+}
+
 TEST(LsbWordOf, PutsTheFirstFieldIntoTheLowestBits)
 {
     static_assert(LsbWordOf(Field<8>(0x101), Field<16>(0x2345), Field<4>(6)) == 0x6234501);
