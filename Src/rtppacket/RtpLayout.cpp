@@ -118,11 +118,12 @@ void CRtpLayout::PutPackets(std::span<unsigned char> room,
     assert(w.Produced() == room.size());
 }
 
-size_t CRtpLayout::PutFragments(std::span<unsigned char> room,
-                                std::span<const unsigned char> rest,
-                                size_t whole,
-                                StartCode& end,
-                                uint16_t& sequence_number) const noexcept
+/// Flat, so that the cursor lives in registers.
+[[gnu::flatten]] size_t CRtpLayout::PutFragments(std::span<unsigned char> room,
+                                                 std::span<const unsigned char> rest,
+                                                 size_t whole,
+                                                 StartCode& end,
+                                                 uint16_t& sequence_number) const noexcept
 {
     assert(rest.size() > whole && !rest.empty());
     const size_t chunk_len = PayloadRoom() - CRtpFields::kFuaLen;
