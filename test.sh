@@ -1,21 +1,23 @@
 #!/usr/bin/env bash
 # Builds everything and runs every test. With --sanitize also under the address and undefined
 # behaviour sanitizers, and under the thread sanitizer. With --ci, which has to end well within 20
-# minutes on two cores, the former leave out the command as a process and the latter runs tests that
-# have threads only. With --threads these alone.
+# minutes on two cores, the latter runs tests that have threads only. With --threads these alone.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
 presets=(dev)
-brief=1
+threads_only=
 case "${1-}" in
     "") ;;
-    --sanitize)
+    --sanitize) presets+=(asan tsan) ;;
+    --ci)
         presets+=(asan tsan)
-        brief=
+        threads_only=1
         ;;
-    --ci) presets+=(asan tsan) ;;
-    --threads) presets=(tsan) ;;
+    --threads)
+        presets=(tsan)
+        threads_only=1
+        ;;
     *)
         echo "usage: ./test.sh [--sanitize | --ci | --threads]" >&2
         exit 2
@@ -26,9 +28,7 @@ scripts/install-packages.sh
 for preset in "${presets[@]}"; do
     target=()
     tests=()
-    if [ -n "$brief" ] && [ "$preset" = asan ]; then
-        tests=(-LE external)
-    elif [ -n "$brief" ] && [ "$preset" = tsan ]; then
+    if [ "$preset" = tsan ] && [ -n "$threads_only" ]; then
         target=(--target wrapton_tests_with_threads)
         tests=(-L threads)
     fi
