@@ -98,6 +98,7 @@ int CMp4Packet::Init()
 int CMp4Packet::Deinit()
 {
     m_bHeader = false;
+    m_bHoleOpen = false;
     m_bVideo = false;
     m_bAudio = false;
     m_pFtyp.reset();
@@ -257,6 +258,11 @@ int CMp4Packet::CreateTailer(SGTailerInfo* /*pTailer*/, unsigned int /*nReserved
         EmitFree(m_nFreeOffset);
         moov_offset = m_nFreeOffset + m_pFree->Length();
     }
+    else if (m_bHoleOpen)
+    {
+        EmitFree(m_nFreeOffset);  // the hole stays empty after all
+    }
+    m_bHoleOpen = hole >= moov_len && !held;
     if (!held)
     {
         m_pFree->Init(hole, nullptr);  // the hole is as large as before for the next attempt

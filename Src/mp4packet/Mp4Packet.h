@@ -75,6 +75,7 @@ private:
     uint64_t m_nFreeOffset = 0;
     uint64_t m_nMdatOffset = 0;  // stays 0 in no-seek mode
     bool m_bHeader = false;      // a recording is under way
+    bool m_bHoleOpen = false;    // a tailer without memory made room in the free box and left it
     bool m_bVideo = false;       // the track is open
     uint32_t m_nVEncode = 0;
     bool m_bAudio = false;  // the track is open

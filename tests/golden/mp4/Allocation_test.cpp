@@ -1,5 +1,6 @@
 // The allocator of the create record: what is asked of it, and what happens when it fails.
 #include "golden/mp4/Recording.h"
+#include "readers/Mp4Boxes.h"
 #include "support/Allocators.h"
 
 namespace Golden
@@ -13,6 +14,7 @@ using Support::AllocatorLog;
 using Support::Ext;
 using Support::H264I;
 using Support::H264P;
+using Support::Hex;
 using Support::Payload;
 using Support::Recorder;
 using Support::SeekingSink;
@@ -177,6 +179,27 @@ TEST(AllocationOfTheTailer, FailsOnlyAfterTheReserveWasRewritten)
     EXPECT_EQ(sink.Blocks()[4].size, 8 + 1000 - 116);
     EXPECT_EQ(sink.Blocks()[5].position, 32 + 8 + 1000 - 116);
     EXPECT_EQ(sink.Image().size(), whole.Sink().Image().size());
+}
+
+TEST(AllocationOfTheTailer, ClosesTheReserveWhenTheMovieHasOutgrownItSince)
+{
+    constexpr uint32_t kReserve = 200;
+    AllocatorLog log;
+    SeekingSink sink;
+    Recorder recorder(kMp4.type, Create(sink));
+    recorder.Header(kReserve);
+    log.FailCall(1);
+    EXPECT_EQ(recorder.Tailer(), SG_ERR_PARAM_ERR);  // the movie of 116 bytes would have fitted
+    ASSERT_EQ(sink.Blocks().size(), 4u);
+    EXPECT_EQ(sink.Blocks()[3].size, 8 + kReserve - 116);
+
+    recorder.Input(H264I(kIFrame));
+    EXPECT_EQ(recorder.Tailer(), SG_ERR_NOERR);
+    ASSERT_EQ(sink.Blocks().size(), 8u);
+    EXPECT_EQ(sink.Blocks()[5].position, 32);
+    EXPECT_EQ(sink.Blocks()[5].size, 8 + kReserve);
+    EXPECT_EQ(Support::Slice(sink.Blocks()[5].data, 0, 8), Hex("00 00 00 D0 66 72 65 65"));
+    EXPECT_EQ(Readers::TypesOf(Readers::ReadBoxes(sink.Image())), "ftyp free mdat moov");
 }
 
 }  // namespace
