@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "ByteSource.h"
 #include "FrameMaker.h"
+#include "Mp4Samples.h"
 #include "Require.h"
 #include "SparseImage.h"
 #include "Wrapton.h"
@@ -103,14 +106,28 @@ private:
     Fuzz::SparseImage m_image;
 };
 
-void CheckFile(const Fuzz::SparseImage& image, bool noSeek)
+/// A movie box that fills the reserve exactly is still claimed by the free box ahead of it: cuts
+/// the free box to its header.
+void Uncover(std::vector<unsigned char>& file)
 {
-    const std::vector<unsigned char> file = image.Flatten();
+    const auto boxes = Readers::ReadBoxes(file);
+    const Readers::Mp4Box* const free = Readers::FindBox(boxes, "free");
+    if (free == nullptr || Readers::FindBox(boxes, "moov") != nullptr) return;
+
+    const auto size = file.begin() + static_cast<std::ptrdiff_t>(free->offset);
+    std::copy_n(std::array<unsigned char, 4>{0, 0, 0, 8}.begin(), 4, size);
+}
+
+void CheckFile(const Fuzz::SparseImage& image, const Fuzz::Mp4Samples& samples, bool noSeek)
+{
+    std::vector<unsigned char> file = image.Flatten();
     try
     {
+        Uncover(file);
         const std::string types = Readers::TypesOf(Readers::ReadBoxes(file));
         Require(types.starts_with("ftyp free"), "a file begins with ftyp and free");
         Require(noSeek || types.find("mdat") != std::string::npos, "a file has media data");
+        samples.Compare(file);
     }
     catch (const Readers::Mp4Error& error)
     {
@@ -192,12 +209,17 @@ private:
         Require(result == 0 || result == 3, "result of the tailer call");
         Require(m_boxes || (result == 3 && m_sink.Emitted() == before),
                 "without a header call there is no tailer");
+        // Without memory the movie box is missing behind the free box that made room for it.
+        m_gap = result != 0 && m_sink.Emitted() != before;
         if (result != 0) return;
 
         const bool complete = m_open;
         m_open = false;
         m_boxes = false;
-        if (m_honest && complete && m_recordings == 1) CheckFile(m_sink.Image(), m_noSeek);
+        if (m_honest && complete && m_recordings == 1)
+        {
+            CheckFile(m_sink.Image(), m_samples, m_noSeek);
+        }
     }
 
     void Backup()
@@ -209,11 +231,17 @@ private:
         if (backup.data_pointer == nullptr) return;
 
         Require(size == backup.data_size && size >= 8, "a backup says its size");
+        const std::span movie(backup.data_pointer, static_cast<std::size_t>(backup.data_size));
         try
         {
-            const auto boxes = Readers::ReadBoxes(
-                {backup.data_pointer, static_cast<std::size_t>(backup.data_size)});
-            Require(Readers::TypesOf(boxes) == "moov", "a backup is a movie box");
+            Require(Readers::TypesOf(Readers::ReadBoxes(movie)) == "moov",
+                    "a backup is a movie box");
+            if (!m_noSeek || !m_honest || !m_open || m_gap || m_recordings != 1) return;
+
+            // A file whose samples have boxes of their own needs nothing but the movie box.
+            std::vector<unsigned char> file = m_sink.Image().Flatten();
+            file.insert(file.end(), movie.begin(), movie.end());
+            m_samples.Compare(file);
         }
         catch (const Readers::Mp4Error& error)
         {
@@ -242,6 +270,10 @@ private:
         // 4 bytes for each start code of 3 at the most, and a box header.
         const uint64_t bound = 8 + uint64_t{copy.frame_size} * 2;
         Require(m_sink.Emitted() - before <= bound, "a frame is stored once");
+        if (m_honest && m_recordings == 1 && m_sink.Emitted() != before)
+        {
+            m_samples.Add(copy, {frame.bytes.get(), copy.frame_size});
+        }
     }
 
     bool m_noSeek;
@@ -250,7 +282,9 @@ private:
     void* m_handle = nullptr;
     bool m_open = false;
     bool m_boxes = false;  // a header was asked for, be it in vain; frames are stored from then on
+    bool m_gap = false;
     int m_recordings = 0;
+    Fuzz::Mp4Samples m_samples;
 };
 
 }  // namespace

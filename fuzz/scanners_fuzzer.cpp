@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <array>
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "ByteSource.h"
@@ -11,28 +10,17 @@
 #include "mkvpacket/MkvCodec.h"
 #include "mp4packet/Adts.h"
 #include "mp4packet/Mpeg4Config.h"
+#include "readers/FrameReference.h"
 
 using namespace Orbel::Wrapton;
 using Fuzz::Require;
+using Readers::FindCode;
 
 namespace
 {
 
 using Span = std::span<const unsigned char>;
 using Bytes = std::vector<unsigned char>;
-
-/// The first of 00 00 01 and one of @p codes at or behind @p from.
-std::optional<std::size_t> FindCode(Span frame,
-                                    std::initializer_list<unsigned> codes,
-                                    std::size_t from)
-{
-    for (std::size_t at = from; at + 4 <= frame.size(); ++at)
-    {
-        if (frame[at] != 0 || frame[at + 1] != 0 || frame[at + 2] != 1) continue;
-        if (std::find(codes.begin(), codes.end(), frame[at + 3]) != codes.end()) return at;
-    }
-    return std::nullopt;
-}
 
 bool Inside(Span part, Span frame)
 {
@@ -49,11 +37,7 @@ void CheckAdts(Span frame)
 {
     const Span data = StripAdts(frame);
     Require(Inside(data, frame), "AAC data is inside its frame");
-    const bool header = frame.size() >= 7 && frame[0] == 0xFF && frame[1] == 0xF1;
-    const std::size_t length =
-        header ? (frame[3] & 3u) << 11 | frame[4] * 8u | static_cast<unsigned>(frame[5] >> 5) : 0;
-    const bool fits = header && length >= 7 && length <= frame.size();
-    Require(Same(data, fits ? frame.subspan(7, length - 7) : frame), "the AAC data of a frame");
+    Require(Same(data, Readers::ReferenceAacData(frame)), "the AAC data of a frame");
 }
 
 void CheckAsf(Span frame)
@@ -78,7 +62,9 @@ void CheckMkvHeaders(Span frame)
 
 void CheckMp4Config(Span frame)
 {
-    Require(Inside(FindMpeg4Config(frame), frame), "a configuration is inside its frame");
+    const Span config = FindMpeg4Config(frame);
+    Require(Inside(config, frame), "a configuration is inside its frame");
+    Require(Same(config, Readers::ReferenceMpeg4Config(frame)), "the configuration of a frame");
 }
 
 /// Where the start codes of 4 bytes are; the search goes on behind each.
