@@ -33,6 +33,7 @@ void BlockSink::Take(SGOutputData& block)
             "both positions are filled");
     Place(block);
     Reply(block);
+    m_blocks.back().taken = block.data_size;
 }
 
 void BlockSink::Place(const SGOutputData& block)
@@ -46,6 +47,7 @@ void BlockSink::Place(const SGOutputData& block)
 
     const uint64_t at = block.offset_type == 0 ? position : m_current + position;
     Require(at <= m_file.End() + m_rules.largestGap, "a block leaves no gap");
+    if (m_rules.appendsOnly && at == 0 && m_file.End() != 0) return;
     m_file.Write(at, {block.data_pointer, size});
     m_current = at + size;
 }

@@ -18,6 +18,7 @@ struct Block
     int32_t origin = 0;
     uint64_t position = 0;
     Bytes bytes;
+    int64_t taken = 0;  ///< what the sink answered
 };
 
 /// How a sink answers a block.
@@ -38,7 +39,8 @@ constexpr unsigned kAnswers = 8;
 struct SinkRules
 {
     bool emptyBlocks = false;
-    uint64_t largestGap = 0;  ///< between the end of the output and a block behind it
+    uint64_t largestGap = 0;   ///< between the end of the output and a block behind it
+    bool appendsOnly = false;  ///< a sink that cannot seek leaves what comes for the front later
 };
 
 /**

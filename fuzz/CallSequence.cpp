@@ -22,7 +22,8 @@ constexpr int kMostCalls = 200;
 constexpr uint64_t kMostOutput = 6u << 20;
 constexpr int kLastCode = SG_ERR_EMPTY_POINTER;
 constexpr unsigned kNewFails = 128;
-constexpr std::array<uint32_t, 4> kReserves = {0, 500, 65536, 0xFFFFFFFF};
+constexpr std::array<uint32_t, 8> kReserves = {
+    0, 500, 65536, 0xFFFFFFFF, 1, 2000, 2100, (64u << 20) + 1};
 
 bool IsCode(int result)
 {
@@ -50,6 +51,7 @@ public:
     {
         const unsigned shortage = source.U8();
         m_shortage = shortage >= kNewFails ? static_cast<long>(shortage - kNewFails) : -1;
+        m_plenty = m_memory.Plenty() && m_shortage < 0;
         SGCreateParam create{};
         create.user = &m_sink;
         create.sg_malloc = CallerMemory::Allocate;
@@ -65,8 +67,7 @@ public:
 
         Require(SG_DestroyHandle(m_handle) == 0, "result of the destroy call");
         Require(m_sink.TakeBlocks().empty(), "destroying emits nothing");
-        const std::vector<Block> none;
-        m_container.AtEnd({.blocks = none, .file = m_sink.File(), .honest = m_sink.Honest()});
+        m_container.AtEnd(OutputOf({}));
     }
 
     [[nodiscard]] bool Goes() const
@@ -100,6 +101,12 @@ public:
     }
 
 private:
+    [[nodiscard]] Output OutputOf(const std::vector<Block>& blocks) const
+    {
+        return {
+            .blocks = blocks, .file = m_sink.File(), .honest = m_sink.Honest(), .plenty = m_plenty};
+    }
+
     /// Makes a call in which an allocation may fail.
     template <class Made>
     std::invoke_result_t<Made> Short(Made made)
@@ -118,8 +125,8 @@ private:
         SGHeaderInfo* const given = (shape & 1) != 0 ? nullptr : &header;
         const int result = Short([&] { return SG_CreateHeader(m_handle, given); });
         Require(IsCode(result), "result of the header call");
-        m_sink.TakeBlocks();
-        m_container.AfterHeader(result);
+        const std::vector<Block> blocks = m_sink.TakeBlocks();
+        m_container.AfterHeader(result, OutputOf(blocks));
     }
 
     void Tailer()
@@ -127,8 +134,7 @@ private:
         const int result = Short([&] { return SG_CreateTailer(m_handle, nullptr); });
         Require(IsCode(result), "result of the tailer call");
         const std::vector<Block> blocks = m_sink.TakeBlocks();
-        m_container.AfterTailer(
-            result, {.blocks = blocks, .file = m_sink.File(), .honest = m_sink.Honest()});
+        m_container.AfterTailer(result, OutputOf(blocks));
     }
 
     void Backup()
@@ -137,6 +143,7 @@ private:
         const int result = Short([&] { return SG_GetBackup(m_handle, &backup); });
         Require(result >= 0, "result of the backup call");
         Require(m_sink.TakeBlocks().empty(), "a backup emits nothing");
+        m_container.AfterBackup(result, backup, OutputOf({}));
     }
 
     void Frame(bool withPacket)
@@ -144,6 +151,7 @@ private:
         PacketBuffer packet(withPacket ? m_source.U8() : 0);
         MadeFrame frame = MakeFrame(m_source, m_container.Frames());
         SGFrameInfo& record = frame.record;
+        m_container.Adorn(record, m_source);
         const RecordBytes untouched = BytesOf(record);
         Bytes before(frame.bytes.get(), frame.bytes.get() + frame.size);
         const int result = Short(
@@ -165,7 +173,8 @@ private:
                                 .after = after,
                                 .result = result,
                                 .blocks = blocks,
-                                .packet = withPacket ? &packed : nullptr});
+                                .packet = withPacket ? &packed : nullptr,
+                                .plenty = m_plenty});
     }
 
     /// As the interface makes calls: nothing but a failed allocation is thrown.
@@ -185,7 +194,8 @@ private:
     Container& m_container;
     CallerMemory m_memory;
     BlockSink m_sink;
-    long m_shortage = -1;  // allocations of the library until one fails; below 0: none does
+    long m_shortage = -1;   // allocations of the library until one fails; below 0: none does
+    bool m_plenty = false;  // none fails in any call, of either allocator
     void* m_handle = nullptr;
 };
 

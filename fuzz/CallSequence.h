@@ -22,6 +22,7 @@ struct FrameCall
     int result;
     const std::vector<Block>& blocks;
     const Bytes* packet;  ///< what a caller's packet holds; null: it was handed in without one
+    bool plenty;          ///< no allocation fails
 };
 
 /// Calls other than frames, all of one container on one handle.
@@ -30,6 +31,7 @@ struct Output
     const std::vector<Block>& blocks;  ///< of this call
     const SparseImage& file;
     bool honest;  ///< the file holds what was offered
+    bool plenty;  ///< no allocation fails
 };
 
 /// One container: how its handles and frames are made, and what it promises beyond what all do.
@@ -49,11 +51,18 @@ public:
     /// Whether a call may write to the frame's bytes.
     [[nodiscard]] virtual bool WritesToFrames() const { return false; }
 
+    /// Attributes that only this container looks at. What they point to lives until the next call.
+    virtual void Adorn(Orbel::Wrapton::SGFrameInfo& /*record*/, ByteSource& /*source*/) {}
     /// A call of parameters; by default such that there are none.
     virtual void Parameters(void* handle, ByteSource& source);
-    virtual void AfterHeader(int /*result*/) {}
+    virtual void AfterHeader(int /*result*/, const Output& /*output*/) {}
     virtual void AfterFrame(const FrameCall& /*call*/) {}
     virtual void AfterTailer(int /*result*/, const Output& /*output*/) {}
+    virtual void AfterBackup(int /*size*/,
+                             const Orbel::Wrapton::SGOutputData& /*backup*/,
+                             const Output& /*output*/)
+    {
+    }
     virtual void AtEnd(const Output& /*output*/) {}
 };
 

@@ -28,6 +28,11 @@ CallerMemory::~CallerMemory()
     s_memory = nullptr;
 }
 
+bool CallerMemory::Plenty() const
+{
+    return m_plan < kFailing;
+}
+
 void* CallerMemory::Allocate(int size)
 {
     const Support::Plenty account;
@@ -50,7 +55,7 @@ void CallerMemory::Release(void* memory, int size)
 
 bool CallerMemory::Fails()
 {
-    if (m_plan < kFailing) return false;
+    if (Plenty()) return false;
 
     const unsigned number = 1 + m_plan % kOnwards;
     ++m_calls;

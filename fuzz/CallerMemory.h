@@ -19,6 +19,9 @@ public:
     /// Everything must have been given back.
     ~CallerMemory();
 
+    /// Whether no call fails.
+    [[nodiscard]] bool Plenty() const;
+
     static void* Allocate(int size);
     static void Release(void* memory, int size);
 

@@ -135,9 +135,9 @@ MadeFrame MakeFrame(ByteSource& source, const Palette& palette)
     return frame;
 }
 
-MadeFrame MakeFrame(ByteSource& source)
+Palette UsualFrames()
 {
-    return MakeFrame(source, {.encodings = kEncodings, .sizes = kLimits});
+    return {.encodings = kEncodings, .sizes = kLimits};
 }
 
 }  // namespace Fuzz

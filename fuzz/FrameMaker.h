@@ -33,9 +33,8 @@ struct Palette
  */
 MadeFrame MakeFrame(ByteSource& source, const Palette& palette);
 
-/// The same with what the MP4 family, WAV and native recordings look at, filled up to the sizes at
-/// which their work buffers end.
-MadeFrame MakeFrame(ByteSource& source);
+/// What the MP4 family, WAV and native recordings look at, and sizes at which work buffers end.
+Palette UsualFrames();
 
 }  // namespace Fuzz
 

@@ -38,7 +38,10 @@ public:
         return {.encodings = kEncodings, .sizes = kSizes};
     }
 
-    void AfterHeader(int result) override { m_headers += result == 0 ? 1 : 0; }
+    void AfterHeader(int result, const Fuzz::Output& /*output*/) override
+    {
+        m_headers += result == 0 ? 1 : 0;
+    }
 
     void AfterFrame(const Fuzz::FrameCall& call) override
     {

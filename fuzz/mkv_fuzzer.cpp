@@ -44,7 +44,10 @@ public:
     /// H.264 start codes become lengths in the caller's bytes.
     [[nodiscard]] bool WritesToFrames() const override { return true; }
 
-    void AfterHeader(int result) override { m_headers += result == 0 ? 1 : 0; }
+    void AfterHeader(int result, const Fuzz::Output& /*output*/) override
+    {
+        m_headers += result == 0 ? 1 : 0;
+    }
 
     void AfterFrame(const Fuzz::FrameCall& call) override
     {

@@ -2,103 +2,93 @@
 // with what went in; the whole recording is read back at the end.
 #include <algorithm>
 #include <memory>
-#include <string>
 #include <vector>
 
-#include "ByteSource.h"
-#include "FrameMaker.h"
-#include "Package.h"
+#include "CallSequence.h"
 #include "Require.h"
 #include "omfpacket/OmfReader.h"
 #include "readers/OmfFrames.h"
 
 using namespace Orbel::Wrapton;
+using Fuzz::Bytes;
 using Fuzz::Require;
 
 namespace
 {
 
-using Bytes = std::vector<unsigned char>;
-
-constexpr int kMostCalls = 200;
-constexpr size_t kMostOutput = 6u << 20;
 constexpr size_t kHeaderLen = 24;
+constexpr size_t kLeastExHeader = 8;
 constexpr size_t kTailerLen = 8;
 
-/// A frame with the attributes that only this container looks at.
-struct SplitFrame
+bool EndsWith(const Bytes& block, const Bytes& payload)
 {
-    Fuzz::MadeFrame made;
-    std::unique_ptr<SGBlockInfo[]> blocks;
-};
-
-SplitFrame MakeSplitFrame(Fuzz::ByteSource& source)
-{
-    SplitFrame frame{.made = Fuzz::MakeFrame(source), .blocks = nullptr};
-    const unsigned shape = source.U8();
-    SGFrameInfo& record = frame.made.record;
-    if ((shape & 1) != 0)
-    {
-        const int32_t n = source.U8() % 24;
-        const int32_t m = source.U8() % 24;
-        const auto count = static_cast<size_t>(n) * static_cast<size_t>(m);
-        frame.blocks = std::make_unique<SGBlockInfo[]>(count);
-        record.split_info = {1, (shape & 2) != 0 ? -n : n, m, frame.blocks.get()};
-        for (size_t i = 0; i < count; ++i)
-        {
-            frame.blocks[i].offset = static_cast<int32_t>(i);
-        }
-    }
-    if ((shape & 4) != 0) record.rotation_angle = source.U16();
-    if ((shape & 8) != 0) record.company_type = static_cast<uint16_t>(source.U16());
-    if ((shape & 16) != 0) record.bit_rate = source.U8() * 1000u;
-    if ((shape & 32) != 0) record.deinter_lace = source.U8();
-    return frame;
+    return block.size() >= kHeaderLen + payload.size() + kTailerLen &&
+           std::equal(payload.begin(),
+                      payload.end(),
+                      block.end() - std::ssize(payload) - std::ptrdiff_t{kTailerLen});
 }
 
-class Session
+class Omf final : public Fuzz::Container
 {
 public:
-    Session()
+    void* Create(Fuzz::ByteSource& /*source*/, SGCreateParam& create) override
     {
-        SGCreateParam create{};
-        create.user = this;
-        create.sg_datacb = &Session::Receive;
-        m_handle = SG_CreateHandle(SG_STREAM_TYPE_OMF, &create);
-        Require(m_handle != nullptr, "a handle is created");
-    }
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
-    ~Session()
-    {
-        Require(SG_DestroyHandle(m_handle) == 0, "result of the destroy call");
-        Require(!m_waiting, "every expected block came");
+        return SG_CreateHandle(SG_STREAM_TYPE_OMF, &create);
     }
 
-    [[nodiscard]] bool Full() const { return m_recording.size() > kMostOutput; }
+    [[nodiscard]] Fuzz::Palette Frames() const override { return Fuzz::UsualFrames(); }
+    [[nodiscard]] bool TakesPackets() const override { return true; }
 
-    void Call(Fuzz::ByteSource& source)
+    void Adorn(SGFrameInfo& record, Fuzz::ByteSource& source) override
     {
-        switch (source.U8() % 8)
+        const unsigned shape = source.U8();
+        if ((shape & 1) != 0)
         {
-            case 0:
-                Require(SG_CreateHeader(m_handle, nullptr) == 0, "result of the header call");
-                break;
-            case 1:
-                Require(SG_CreateTailer(m_handle, nullptr) == 0, "result of the tailer call");
-                break;
-            case 2:
-                FrameIntoPacket(source);
-                break;
-            default:
-                Frame(source);
-                break;
+            const int32_t n = source.U8() % 24;
+            const int32_t m = source.U8() % 24;
+            const auto count = static_cast<size_t>(n) * static_cast<size_t>(m);
+            m_split = std::make_unique<SGBlockInfo[]>(count);
+            record.split_info = {1, (shape & 2) != 0 ? -n : n, m, m_split.get()};
+            for (size_t i = 0; i < count; ++i)
+            {
+                m_split[i].offset = static_cast<int32_t>(i);
+            }
         }
-        Require(!m_waiting, "every expected block came");
+        if ((shape & 4) != 0) record.rotation_angle = source.U16();
+        if ((shape & 8) != 0) record.company_type = static_cast<uint16_t>(source.U16());
+        if ((shape & 16) != 0) record.bit_rate = source.U8() * 1000u;
+        if ((shape & 32) != 0) record.deinter_lace = source.U8();
     }
 
-    /// Reads everything that left through the callback.
-    void ReadBack()
+    void AfterHeader(int result, const Fuzz::Output& output) override
+    {
+        Require(result == 0 && output.blocks.empty(), "a header call emits nothing");
+    }
+
+    void AfterFrame(const Fuzz::FrameCall& call) override
+    {
+        const bool stored = Expected(call);
+        if (stored)
+        {
+            Require(call.blocks.size() == 1, "a frame is one block");
+            Require(call.blocks[0].origin == 1 && call.blocks[0].position == 0,
+                    "a block is appended");
+            m_lastLength = call.blocks[0].bytes.size();
+            call.packet != nullptr ? CheckPacket(call) : CheckBlock(call);
+        }
+        if (call.packet != nullptr && call.plenty)
+        {
+            Require(call.packet->size() == m_lastLength, "a packet is as long as the last frame");
+        }
+    }
+
+    void AfterTailer(int result, const Fuzz::Output& output) override
+    {
+        Require(result == 0 && output.blocks.empty(), "a tailer does nothing");
+    }
+
+    /// Reads everything that left outside packets.
+    void AtEnd(const Fuzz::Output& /*output*/) override
     {
         COmfMemory input(m_recording);
         COmfReader reader(input);
@@ -119,108 +109,66 @@ public:
     }
 
 private:
-    static void Receive(SGOutputData* block, void* self)
+    /// Whether the frame had to be stored and was; numbers it then.
+    bool Expected(const Fuzz::FrameCall& call)
     {
-        static_cast<Session*>(self)->Take(*block);
-    }
-
-    void Take(const SGOutputData& block)
-    {
-        Require(m_waiting, "no block comes that is not expected");
-        m_waiting = false;
-        Require(block.struct_size == 40, "a block says its record's size");
-        Require(block.offset_type == 1, "a block is appended");
-        Require(block.offset_pos == 0 && block.offset_pos64 == 0, "right at the end");
-        Require(block.data_size > 0, "a block is not empty");
-        m_block.assign(block.data_pointer, block.data_pointer + block.data_size);
-    }
-
-    /// The result that the frame must have; moves the counters when it is taken.
-    int Expect(const SGFrameInfo& frame)
-    {
-        if (frame.frame_pointer == nullptr || frame.frame_size == 0) return SG_ERR_PARAM_ERR;
-        switch (frame.frame_type)
+        const SGFrameInfo& frame = call.record;
+        const bool video = frame.frame_type == SG_FRAME_TYPE_VIDEO;
+        const bool key = video && (frame.frame_sub_type == SG_FRAME_SUB_TYPE_I ||
+                                   frame.frame_sub_type == SG_FRAME_SUB_TYPE_JPEG_FRAME);
+        const bool other =
+            frame.frame_type == SG_FRAME_TYPE_AUDIO || frame.frame_type == SG_FRAME_TYPE_EXT;
+        const bool record = call.packet != nullptr || frame.struct_size == sizeof(frame);
+        const bool valid = record && frame.frame_pointer != nullptr && frame.frame_size != 0 &&
+                           (other || (video && (key || m_keySeen)));
+        if (!valid)
         {
-            case SG_FRAME_TYPE_VIDEO:
-                m_keySeen = m_keySeen || frame.frame_sub_type == SG_FRAME_SUB_TYPE_I ||
-                            frame.frame_sub_type == SG_FRAME_SUB_TYPE_JPEG_FRAME;
-                if (!m_keySeen) return SG_ERR_PARAM_ERR;
-                m_number = ++m_pictures;
-                break;
-            case SG_FRAME_TYPE_AUDIO:
-            case SG_FRAME_TYPE_EXT:
-                m_number = ++m_others;
-                break;
-            default:
-                return SG_ERR_PARAM_ERR;
+            Require(call.result == SG_ERR_PARAM_ERR, "a frame that is not one is refused");
+            return false;
         }
-        m_waiting = true;
-        return SG_ERR_NOERR;
+        if (call.result == SG_ERR_MEMORY_OUT && !call.plenty) return false;
+
+        Require(call.result == SG_ERR_NOERR, "a frame is taken");
+        m_keySeen = m_keySeen || key;
+        m_number = video ? ++m_pictures : ++m_others;
+        return true;
     }
 
-    void Frame(Fuzz::ByteSource& source)
+    void CheckBlock(const Fuzz::FrameCall& call)
     {
-        SplitFrame frame = MakeSplitFrame(source);
-        SGFrameInfo& record = frame.made.record;
-        const int expected = record.struct_size == 112 ? Expect(record) : int{SG_ERR_PARAM_ERR};
-        Require(SG_InputFrame(m_handle, &record) == expected, "result of the frame call");
-        if (expected != 0) return;
-
-        m_lastLength = static_cast<uint32_t>(m_block.size());
-        const Bytes payload(record.frame_pointer, record.frame_pointer + record.frame_size);
-        CheckBlock(payload, record.split_info.flag != 0);
-        m_recording.insert(m_recording.end(), m_block.begin(), m_block.end());
-        m_payloads.push_back(payload);
-    }
-
-    void CheckBlock(const Bytes& payload, bool split) const
-    {
+        const Bytes& block = call.blocks[0].bytes;
+        Require(EndsWith(block, call.before), "a payload is kept");
         // The strict reader goes by the declared length, which wraps for a large split.
-        if (!split)
+        if (call.record.split_info.flag == 0)
         {
-            const auto frames = Readers::ReadOmf(m_block);
+            const auto frames = Readers::ReadOmf(block);
             Require(frames.size() == 1, "a block is one frame");
             Require(frames[0].number == m_number, "frames are numbered");
-            Require(frames[0].payload == payload, "a payload is kept");
-            return;
+            Require(frames[0].payload == call.before, "a payload is told");
         }
-        Require(m_block.size() >= kHeaderLen + payload.size() + kTailerLen,
-                "a frame has its parts");
-        const auto from = m_block.end() - static_cast<std::ptrdiff_t>(kTailerLen + payload.size());
-        Require(std::equal(payload.begin(), payload.end(), from), "a payload is kept");
+        m_recording.insert(m_recording.end(), block.begin(), block.end());
+        m_payloads.push_back(call.before);
     }
 
-    void FrameIntoPacket(Fuzz::ByteSource& source)
+    /// Kept: in a packet the payload stands right behind the header.
+    static void CheckPacket(const Fuzz::FrameCall& call)
     {
-        PacketBuffer packet(source.U8());
-        SplitFrame frame = MakeSplitFrame(source);
-        SGFrameInfo& record = frame.made.record;
-        const int expected = Expect(record);
-        auto* const package = static_cast<CPackage*>(m_handle);
-        Require(package->InputData(&record, packet) == expected, "result of the packet call");
-        if (expected == 0)
-        {
-            m_lastLength = static_cast<uint32_t>(m_block.size());
-            Require(m_block.size() >= kHeaderLen + 8 + record.frame_size + kTailerLen,
-                    "a packet has room for the whole frame");
-            Require(std::equal(record.frame_pointer,
-                               record.frame_pointer + record.frame_size,
-                               m_block.begin() + static_cast<std::ptrdiff_t>(kHeaderLen)),
-                    "a payload stands at 24");
-            Require(std::equal(m_block.begin(), m_block.end(), packet.Data()),
-                    "the packet is what left through the callback");
-        }
-        Require(packet.Size() == m_lastLength, "the packet is as long as the last frame");
+        const Bytes& block = call.blocks[0].bytes;
+        Require(block.size() >= kHeaderLen + kLeastExHeader + call.before.size() + kTailerLen,
+                "a packet has room for the whole frame");
+        Require(
+            std::equal(
+                call.before.begin(), call.before.end(), block.begin() + std::ptrdiff_t{kHeaderLen}),
+            "a payload stands at 24");
+        Require(block == *call.packet, "the packet is what left through the callback");
     }
 
-    void* m_handle = nullptr;
-    bool m_waiting = false;  // a block is to come
     bool m_keySeen = false;
     uint32_t m_pictures = 0;
     uint32_t m_others = 0;
-    uint32_t m_number = 0;  // of the frame on its way
-    uint32_t m_lastLength = 0;
-    Bytes m_block;
+    uint32_t m_number = 0;    // of the last frame
+    size_t m_lastLength = 0;  // of the last frame
+    std::unique_ptr<SGBlockInfo[]> m_split;
     Bytes m_recording;
     std::vector<Bytes> m_payloads;
 };
@@ -229,12 +177,7 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    Fuzz::ByteSource source(data, size);
-    Session session;
-    for (int i = 0; i < kMostCalls && !source.Empty() && !session.Full(); ++i)
-    {
-        session.Call(source);
-    }
-    session.ReadBack();
+    Omf omf;
+    Fuzz::RunCalls(Fuzz::ByteSource(data, size), omf);
     return 0;
 }

@@ -1,28 +1,24 @@
-// Call sequences on a WAV handle against a model of the container.
+// Call sequences on a WAV handle. Every block is compared with what a model of the container
+// expects.
 #include <algorithm>
-#include <string>
-#include <vector>
+#include <string_view>
 
-#include "ByteSource.h"
-#include "FrameMaker.h"
+#include "CallSequence.h"
 #include "Require.h"
-#include "Wrapton.h"
 
 using namespace Orbel::Wrapton;
+using Fuzz::Bytes;
 using Fuzz::Require;
 
 namespace
 {
 
-using Bytes = std::vector<unsigned char>;
+constexpr uint32_t kHeaderLen = 44;
 
-constexpr int kMostCalls = 100;
-
-struct ExpectedBlock
+void PutText(Bytes& to, std::string_view text)
 {
-    uint32_t position;
-    Bytes bytes;
-};
+    to.insert(to.end(), text.begin(), text.end());
+}
 
 void PutLsb(Bytes& to, uint32_t value, int width)
 {
@@ -32,156 +28,124 @@ void PutLsb(Bytes& to, uint32_t value, int width)
     }
 }
 
-/// What the container is to do, and the sink that compares.
-class Model
+/// The header of a file whose data ends at @p end.
+Bytes HeaderOf(uint32_t end)
+{
+    Bytes header;
+    PutText(header, "RIFF");
+    PutLsb(header, end - 8, 4);
+    PutText(header, "WAVEfmt ");
+    PutLsb(header, 16, 4);     // size of the format
+    PutLsb(header, 1, 2);      // PCM
+    PutLsb(header, 1, 2);      // channels
+    PutLsb(header, 8000, 4);   // samples per second
+    PutLsb(header, 16000, 4);  // bytes per second
+    PutLsb(header, 2, 2);      // bytes per sample
+    PutLsb(header, 16, 2);     // bits per sample
+    PutText(header, "data");
+    PutLsb(header, end - kHeaderLen, 4);
+    return header;
+}
+
+class Wav final : public Fuzz::Container
 {
 public:
-    explicit Model(bool lowering) : m_lowering(lowering) {}
-
-    static void Receive(SGOutputData* block, void* user)
+    void* Create(Fuzz::ByteSource& /*source*/, SGCreateParam& create) override
     {
-        static_cast<Model*>(user)->Compare(*block);
+        return SG_CreateHandle(SG_STREAM_TYPE_WAV, &create);
     }
 
-    int Header()
+    [[nodiscard]] Fuzz::Palette Frames() const override { return Fuzz::UsualFrames(); }
+
+    /// Kept: each header moves the data on by its length, wherever it goes itself.
+    [[nodiscard]] Fuzz::SinkRules Rules() const override { return {.largestGap = 1u << 20}; }
+
+    void AfterHeader(int result, const Fuzz::Output& output) override
     {
-        ExpectHeader();
-        m_offset += 44;
-        m_header = true;
-        return SG_ERR_NOERR;
+        if (Refused(result, output)) return;
+
+        RequireHeader(output.blocks);
+        m_end += kHeaderLen;
+        m_open = true;
     }
 
-    int Tailer()
+    void AfterFrame(const Fuzz::FrameCall& call) override
     {
-        if (!m_header) return SG_ERR_PARAM_ERR;
-        ExpectHeader();
-        return SG_ERR_NOERR;
-    }
-
-    int Frame(const SGFrameInfo& frame)
-    {
-        const bool valid = frame.struct_size == 112 && frame.frame_pointer != nullptr &&
-                           frame.frame_size != 0 && m_header &&
-                           frame.frame_type == SG_FRAME_TYPE_AUDIO;
-        if (!valid) return SG_ERR_PARAM_ERR;
-        if (frame.frame_encode != SG_ENCODE_AUDIO_PCM16 &&
-            frame.frame_encode != SG_ENCODE_AUDIO_G711A)
+        const bool valid = call.record.struct_size == sizeof(call.record) &&
+                           call.record.frame_pointer != nullptr && !call.before.empty() && m_open &&
+                           call.record.frame_type == SG_FRAME_TYPE_AUDIO;
+        Require(call.result == (valid ? SG_ERR_NOERR : SG_ERR_PARAM_ERR),
+                "result of the frame call");
+        const bool stored = valid && (call.record.frame_encode == SG_ENCODE_AUDIO_PCM16 ||
+                                      call.record.frame_encode == SG_ENCODE_AUDIO_G711A);
+        if (!stored)
         {
-            return SG_ERR_NOERR;
+            Require(call.blocks.empty(), "what cannot be stored is dropped");
+            return;
         }
         if (!m_audio)
         {
             m_audio = true;
-            ExpectHeader();
-            return SG_ERR_NOERR;
+            RequireHeader(call.blocks);  // Kept: the first frame is not stored
+            return;
         }
-        m_expected = {m_offset, Bytes(frame.frame_pointer, frame.frame_pointer + frame.frame_size)};
-        m_waiting = m_counts = true;
-        return SG_ERR_NOERR;
+        RequireBlock(call.blocks, m_end, call.before);
+        const int64_t offered = std::ssize(call.before);
+        m_end += static_cast<uint32_t>(std::clamp<int64_t>(call.blocks[0].taken, 0, offered));
     }
 
-    /// To be called behind every call of the library.
-    void Finish() const { Require(!m_waiting, "every expected block came"); }
+    void AfterTailer(int result, const Fuzz::Output& output) override
+    {
+        if (m_open)
+        {
+            Require(result == SG_ERR_NOERR, "result of the tailer call");
+            RequireHeader(output.blocks);
+            return;
+        }
+        Require(result == SG_ERR_PARAM_ERR && output.blocks.empty(), "there is nothing to end");
+    }
+
+    void AfterBackup(int size, const SGOutputData& backup, const Fuzz::Output& /*output*/) override
+    {
+        Require(size == 0 && backup.data_pointer == nullptr, "there is no backup");
+    }
 
 private:
-    void ExpectHeader()
+    /// The first header needs memory.
+    static bool Refused(int result, const Fuzz::Output& output)
     {
-        static constexpr std::string_view kRiff = "RIFF";
-        static constexpr std::string_view kWave = "WAVEfmt ";
-        static constexpr std::string_view kData = "data";
-        Bytes header(kRiff.begin(), kRiff.end());
-        PutLsb(header, m_offset - 8, 4);
-        header.insert(header.end(), kWave.begin(), kWave.end());
-        PutLsb(header, 16, 4);     // size of the format
-        PutLsb(header, 1, 2);      // PCM
-        PutLsb(header, 1, 2);      // channels
-        PutLsb(header, 8000, 4);   // samples per second
-        PutLsb(header, 16000, 4);  // bytes per second
-        PutLsb(header, 2, 2);      // bytes per sample
-        PutLsb(header, 16, 2);     // bits per sample
-        header.insert(header.end(), kData.begin(), kData.end());
-        PutLsb(header, m_offset - 44, 4);
-        m_expected = {0, header};
-        m_waiting = true;
-        m_counts = false;
+        if (result == SG_ERR_NOERR) return false;
+
+        Require(!output.plenty, "a header is refused without memory");
+        Require(output.blocks.empty(), "a refused header emits nothing");
+        return true;
     }
 
-    void Compare(SGOutputData& block)
+    void RequireHeader(const std::vector<Fuzz::Block>& blocks) const
     {
-        Require(m_waiting, "no block comes that is not expected");
-        m_waiting = false;
-        Require(block.struct_size == 40, "a block says its record's size");
-        Require(block.offset_type == 0, "positions count from the start");
-        Require(block.offset_pos64 == m_expected.position, "a block comes for its position");
-        Require(block.offset_pos == m_expected.position, "both positions are filled");
-        Require(block.data_size == static_cast<int32_t>(m_expected.bytes.size()),
-                "a block has its size");
-        Require(std::equal(m_expected.bytes.begin(), m_expected.bytes.end(), block.data_pointer),
-                "a block has its bytes");
-        if (m_lowering) block.data_size /= 2;
-        if (m_counts) m_offset += static_cast<uint32_t>(block.data_size);
+        RequireBlock(blocks, 0, HeaderOf(m_end));
     }
 
-    bool m_lowering;
-    bool m_header = false;
-    bool m_audio = false;
-    bool m_waiting = false;
-    bool m_counts = false;  // the block that is expected moves the position
-    uint32_t m_offset = 0;
-    ExpectedBlock m_expected{};
+    static void RequireBlock(const std::vector<Fuzz::Block>& blocks,
+                             uint64_t position,
+                             const Bytes& bytes)
+    {
+        Require(blocks.size() == 1, "a call is one block");
+        Require(blocks[0].origin == 0, "positions count from the start");
+        Require(blocks[0].position == position, "a block comes for its position");
+        Require(blocks[0].bytes == bytes, "a block has its bytes");
+    }
+
+    bool m_open = false;
+    bool m_audio = false;  // the first frame came
+    uint32_t m_end = 0;
 };
-
-void Call(void* handle, Model& model, Fuzz::ByteSource& source)
-{
-    switch (source.U8() % 8)
-    {
-        case 0:
-        {
-            const int expected = model.Header();
-            Require(SG_CreateHeader(handle, nullptr) == expected, "result of the header call");
-            break;
-        }
-        case 1:
-        {
-            const int expected = model.Tailer();
-            Require(SG_CreateTailer(handle, nullptr) == expected, "result of the tailer call");
-            break;
-        }
-        case 2:
-        {
-            SGOutputData backup{};
-            backup.data_size = 5;
-            Require(SG_GetBackup(handle, &backup) == 0, "result of the backup call");
-            Require(backup.data_size == 5, "the backup record is left alone");
-            break;
-        }
-        default:
-        {
-            Fuzz::MadeFrame frame = Fuzz::MakeFrame(source);
-            const int expected = model.Frame(frame.record);
-            Require(SG_InputFrame(handle, &frame.record) == expected, "result of the frame call");
-            break;
-        }
-    }
-    model.Finish();
-}
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    Fuzz::ByteSource source(data, size);
-    Model model((source.U8() & 1) != 0);
-    SGCreateParam create{};
-    create.user = &model;
-    create.sg_datacb = &Model::Receive;
-    void* const handle = SG_CreateHandle(SG_STREAM_TYPE_WAV, &create);
-    Require(handle != nullptr, "a handle is created");
-    for (int i = 0; i < kMostCalls && !source.Empty(); ++i)
-    {
-        Call(handle, model, source);
-    }
-    Require(SG_DestroyHandle(handle) == 0, "result of the destroy call");
-    model.Finish();
+    Wav wav;
+    Fuzz::RunCalls(Fuzz::ByteSource(data, size), wav);
     return 0;
 }
