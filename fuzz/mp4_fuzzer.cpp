@@ -2,12 +2,14 @@
 // tailer, and a no-seek file at each backup.
 #include <algorithm>
 #include <array>
+#include <new>
 #include <span>
 #include <string>
 
 #include "CallSequence.h"
 #include "Mp4Samples.h"
 #include "Require.h"
+#include "mp4packet/Mp4Packet.h"
 #include "readers/Mp4Boxes.h"
 
 using namespace Orbel::Wrapton;
@@ -17,11 +19,12 @@ using Fuzz::Require;
 namespace
 {
 
-constexpr std::array<uint32_t, 5> kTypes = {SG_STREAM_TYPE_MP4,
+constexpr std::array<uint32_t, 6> kTypes = {SG_STREAM_TYPE_MP4,
                                             SG_STREAM_TYPE_MOV,
                                             SG_STREAM_TYPE_MP4_NOSEEK,
                                             SG_STREAM_TYPE_MP4_64,
-                                            SG_STREAM_TYPE_MOV_64};
+                                            SG_STREAM_TYPE_MOV_64,
+                                            SG_STREAM_TYPE_3GP};
 
 template <class Step>
 void Checked(Step step)
@@ -62,7 +65,10 @@ public:
 
     void* Create(Fuzz::ByteSource& /*source*/, SGCreateParam& create) override
     {
-        return SG_CreateHandle(m_type, &create);
+        if (m_type != SG_STREAM_TYPE_3GP) return SG_CreateHandle(m_type, &create);
+
+        // The flat interface has no handle of this type; it is reached through the file component.
+        return static_cast<CPackage*>(new (std::nothrow) CMp4Packet(m_type, &create));
     }
 
     [[nodiscard]] Fuzz::Palette Frames() const override { return Fuzz::UsualFrames(); }
