@@ -35,9 +35,6 @@ constexpr std::array<uint32_t, 10> kEncodings = {SG_ENCODE_VIDEO_HI_H264,
                                                  SG_ENCODE_VIDEO_STD_H264,
                                                  0xFFFFFFFF};
 constexpr std::array<uint32_t, 8> kNumbers = {0, 1, 25, 8000, 48000, 90000, 0x7FFFFFFF, 0xFFFFFFFF};
-/// Around the 3 MiB of the largest work buffer, with and without a box header ahead.
-constexpr std::array<uint32_t, 6> kLimits = {
-    0x2FFFF7, 0x2FFFF8, 0x2FFFF9, 0x2FFFFF, 0x300000, 0x300001};
 
 /// The bits of a frame's first byte.
 enum : unsigned
@@ -135,9 +132,9 @@ MadeFrame MakeFrame(ByteSource& source, const Palette& palette)
     return frame;
 }
 
-Palette UsualFrames()
+Palette UsualFrames(std::span<const uint32_t> sizes)
 {
-    return {.encodings = kEncodings, .sizes = kLimits};
+    return {.encodings = kEncodings, .sizes = sizes};
 }
 
 }  // namespace Fuzz

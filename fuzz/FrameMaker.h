@@ -33,8 +33,8 @@ struct Palette
  */
 MadeFrame MakeFrame(ByteSource& source, const Palette& palette);
 
-/// What the MP4 family, WAV and native recordings look at, and sizes at which work buffers end.
-Palette UsualFrames();
+/// What the MP4 family, WAV and native recordings tell apart, in the sizes of one of them.
+Palette UsualFrames(std::span<const uint32_t> sizes);
 
 }  // namespace Fuzz
 

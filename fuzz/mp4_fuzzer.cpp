@@ -25,6 +25,9 @@ constexpr std::array<uint32_t, 6> kTypes = {SG_STREAM_TYPE_MP4,
                                             SG_STREAM_TYPE_MP4_64,
                                             SG_STREAM_TYPE_MOV_64,
                                             SG_STREAM_TYPE_3GP};
+/// Around the 3 MiB of the work buffer, with and without a box header ahead.
+constexpr std::array<uint32_t, 6> kSizes = {
+    0x2FFFF7, 0x2FFFF8, 0x2FFFF9, 0x2FFFFF, 0x300000, 0x300001};
 
 template <class Step>
 void Checked(Step step)
@@ -71,7 +74,7 @@ public:
         return static_cast<CPackage*>(new (std::nothrow) CMp4Packet(m_type, &create));
     }
 
-    [[nodiscard]] Fuzz::Palette Frames() const override { return Fuzz::UsualFrames(); }
+    [[nodiscard]] Fuzz::Palette Frames() const override { return Fuzz::UsualFrames(kSizes); }
 
     /// Kept: a movie box moves the next recording on even when it went into the reserve. Without
     /// seeking the last header comes for position 0, where such a sink drops it.

@@ -1,6 +1,7 @@
 // Call sequences on a packager of native recordings, in both of its forms. Every frame is compared
 // with what went in; the whole recording is read back at the end.
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -19,6 +20,8 @@ namespace
 constexpr size_t kHeaderLen = 24;
 constexpr size_t kLeastExHeader = 8;
 constexpr size_t kTailerLen = 8;
+/// Around the steps in which the buffer of a frame grows, with the headers of a plain one.
+constexpr std::array<uint32_t, 6> kSizes = {16384 - 40, 16384, 32768 - 60, 65536, 256000, 400000};
 
 bool EndsWith(const Bytes& block, const Bytes& payload)
 {
@@ -36,7 +39,7 @@ public:
         return SG_CreateHandle(SG_STREAM_TYPE_OMF, &create);
     }
 
-    [[nodiscard]] Fuzz::Palette Frames() const override { return Fuzz::UsualFrames(); }
+    [[nodiscard]] Fuzz::Palette Frames() const override { return Fuzz::UsualFrames(kSizes); }
     [[nodiscard]] bool TakesPackets() const override { return true; }
 
     void Adorn(SGFrameInfo& record, Fuzz::ByteSource& source) override

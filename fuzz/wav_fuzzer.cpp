@@ -1,6 +1,7 @@
 // Call sequences on a WAV handle. Every block is compared with what a model of the container
 // expects.
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "CallSequence.h"
@@ -14,6 +15,8 @@ namespace
 {
 
 constexpr uint32_t kHeaderLen = 44;
+/// Frames leave as they came: beyond 31 bits alone there is a limit.
+constexpr std::array<uint32_t, 6> kSizes = {319, 320, 4096, 16384, 65537, 300000};
 
 void PutText(Bytes& to, std::string_view text)
 {
@@ -55,7 +58,7 @@ public:
         return SG_CreateHandle(SG_STREAM_TYPE_WAV, &create);
     }
 
-    [[nodiscard]] Fuzz::Palette Frames() const override { return Fuzz::UsualFrames(); }
+    [[nodiscard]] Fuzz::Palette Frames() const override { return Fuzz::UsualFrames(kSizes); }
 
     /// Kept: each header moves the data on by its length, wherever it goes itself.
     [[nodiscard]] Fuzz::SinkRules Rules() const override { return {.largestGap = 1u << 20}; }
