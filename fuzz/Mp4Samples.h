@@ -5,20 +5,18 @@
 #include <span>
 #include <vector>
 
-#include "Wrapton.h"
+#include "StoredFrames.h"
 
 namespace Fuzz
 {
 
-/// The frames of one recording that have to come back from its tracks.
-class Mp4Samples
+/// Frames that have to come back as samples of the two tracks of an MP4 or QuickTime file.
+class Mp4Samples final : public StoredFrames
 {
 public:
-    /// A frame that was stored, whatever its kind.
-    void Add(const Orbel::Wrapton::SGFrameInfo& record, std::span<const unsigned char> bytes);
-
-    /// Reads the closed file and compares every sample of every track.
-    void Compare(std::span<const unsigned char> file) const;
+    void Add(const Orbel::Wrapton::SGFrameInfo& record,
+             std::span<const unsigned char> bytes) override;
+    void Compare(std::span<const unsigned char> file) const override;
 
 private:
     struct Stored

@@ -2,12 +2,11 @@
 #include <array>
 #include <stdexcept>
 
+#include "AviChunks.h"
 #include "CallSequence.h"
 #include "Require.h"
-#include "readers/AviReader.h"
 
 using namespace Orbel::Wrapton;
-using Fuzz::Bytes;
 using Fuzz::Require;
 
 namespace
@@ -52,8 +51,7 @@ public:
         const bool odd = call.before.size() % 2 != 0;
         Require(call.blocks[0].bytes.size() == 8 + call.before.size() + (odd ? 1 : 0),
                 "a chunk is as long as its frame, with its header and padding");
-        m_stored.push_back(
-            {call.record.frame_type == SG_FRAME_TYPE_VIDEO ? "00dc" : "01wb", call.before});
+        m_stored.Add(call.record, call.before);
     }
 
     void AfterTailer(int result, const Fuzz::Output& output) override
@@ -63,23 +61,11 @@ public:
     }
 
 private:
-    struct Stored
-    {
-        std::string code;
-        Bytes bytes;
-    };
-
     void ReadBack(const Fuzz::Output& output) const
     {
         try
         {
-            const auto file = Readers::ReadAvi(output.file.Flatten());
-            Require(file.chunks.size() == m_stored.size(), "every frame comes back");
-            for (std::size_t i = 0; i < m_stored.size(); ++i)
-            {
-                Require(file.chunks[i].code == m_stored[i].code, "a frame is in its stream");
-                Require(file.chunks[i].data == m_stored[i].bytes, "a frame comes back");
-            }
+            m_stored.Compare(output.file.Flatten());
         }
         catch (const std::runtime_error& error)
         {
@@ -89,7 +75,7 @@ private:
 
     int m_headers = 0;
     int m_tailers = 0;
-    std::vector<Stored> m_stored;
+    Fuzz::AviChunks m_stored;
 };
 
 }  // namespace

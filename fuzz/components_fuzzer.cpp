@@ -9,6 +9,7 @@
 
 #include "BlockSink.h"
 #include "ByteSource.h"
+#include "FirstRecording.h"
 #include "FrameMaker.h"
 #include "IFilePackage.h"
 #include "Require.h"
@@ -107,7 +108,13 @@ Frame MakeAttributed(Fuzz::ByteSource& source)
 class Scarce
 {
 public:
-    explicit Scarce(unsigned plan) : m_left(plan >= 128 ? static_cast<long>(plan - 128) : -1) {}
+    explicit Scarce(unsigned plan)
+        : m_plenty(plan < 128), m_left(m_plenty ? -1 : static_cast<long>(plan - 128))
+    {
+    }
+
+    /// Whether nothing fails in any call.
+    [[nodiscard]] bool Plenty() const { return m_plenty; }
 
     template <class Call>
     std::invoke_result_t<Call> operator()(Call call)
@@ -117,6 +124,7 @@ public:
     }
 
 private:
+    bool m_plenty;
     long m_left;
 };
 
@@ -158,6 +166,8 @@ public:
     }
 
     [[nodiscard]] bool Goes() const { return m_stream != nullptr && m_output < kMostOutput; }
+
+    void Finish() {}
 
     void Call()
     {
@@ -270,27 +280,32 @@ class FileSession
 {
 public:
     FileSession(Fuzz::ByteSource& source, Scarce scarce)
-        : m_source(source),
-          m_scarce(scarce),
-          m_file(Create<IFilePackage>(kFilePackageClsid, Choose(source, kFiles), m_scarce))
+        : FileSession(source, scarce, Choose(source, kFiles))
     {
     }
 
     [[nodiscard]] bool Goes() const { return m_file != nullptr && m_output < kMostOutput; }
+
+    /// Ends the recording; one that was closed already takes another close.
+    void Finish()
+    {
+        if (m_file != nullptr) Close();
+    }
 
     void Call()
     {
         switch (m_source.U8() % 12)
         {
             case 0:
-                m_scarce([&] { return m_file->open(Choose(m_source, kPaths)); });
+                if (m_scarce([&] { return m_file->open(Choose(m_source, kPaths)); }))
+                    m_recording.Opened(false);
                 break;
             case 1:
             case 2:
                 OpenCallable();
                 break;
             case 3:
-                m_scarce([&] { return m_file->close(); });
+                Close();
                 break;
             case 4:
                 Backup();
@@ -302,6 +317,19 @@ public:
     }
 
 private:
+    FileSession(Fuzz::ByteSource& source, Scarce scarce, const char* type)
+        : m_source(source),
+          m_scarce(scarce),
+          m_file(Create<IFilePackage>(kFilePackageClsid, type, m_scarce)),
+          m_recording(type, scarce.Plenty())
+    {
+    }
+
+    void Close()
+    {
+        if (m_scarce([&] { return m_file->close(); })) m_recording.Closed();
+    }
+
     void OpenCallable()
     {
         FilePackageProc proc;
@@ -310,6 +338,7 @@ private:
         const bool empty = !proc;
         const bool done = m_scarce([&] { return m_file->open(proc); });
         Require(!done || !empty, "an empty callable opens nothing");
+        if (done) m_recording.Opened(true);
     }
 
     bool Take(const FrameAttributes& info, const IWraptonData& block)
@@ -317,14 +346,19 @@ private:
         const Support::Plenty account;
         Require(info.count("fileoffset") == 1 && info.at("fileoffset") >= 0, "a block's position");
         Require(info.count("offsettype") == 1 && info.at("offsettype") <= 2, "a block's origin");
-        m_output += CopyOf(block).size();
+        const Bytes bytes = CopyOf(block);
+        m_recording.Take(info, bytes);
+        m_output += bytes.size();
         return m_output % 2 == 0;
     }
 
     void Input()
     {
         const Frame frame = MakeAttributed(m_source);
+        const unsigned before = m_recording.Blocks();
         m_scarce([&] { return m_file->inputFrame(frame.Data(), frame.Len(), frame.attrs); });
+        if (m_recording.Blocks() != before)
+            m_recording.Add(frame.attrs, {frame.made.bytes.get(), frame.Len()});
     }
 
     void Backup()
@@ -350,6 +384,7 @@ private:
     Fuzz::ByteSource& m_source;
     Scarce m_scarce;
     std::unique_ptr<IFilePackage, Release<IFilePackage>> m_file;
+    Fuzz::FirstRecording m_recording;
     uint64_t m_output = 0;
 };
 
@@ -361,6 +396,7 @@ void Run(Fuzz::ByteSource& source, Scarce scarce)
     {
         session.Call();
     }
+    session.Finish();
 }
 
 }  // namespace
