@@ -58,6 +58,7 @@ public:
         create.sg_free = CallerMemory::Release;
         create.sg_datacb = &BlockSink::Receive;
         m_handle = Short([&] { return m_container.Create(m_source, create); });
+        Require(m_handle != nullptr || !m_plenty, "a handle is created");
     }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -140,6 +141,7 @@ private:
     void Backup()
     {
         SGOutputData backup{};
+        backup.data_size = kNoBackup;
         const int result = Short([&] { return SG_GetBackup(m_handle, &backup); });
         Require(result >= 0, "result of the backup call");
         Require(m_sink.TakeBlocks().empty(), "a backup emits nothing");

@@ -34,6 +34,9 @@ struct Output
     bool plenty;  ///< no allocation fails
 };
 
+/// What a backup's record says ahead of the call.
+constexpr int32_t kNoBackup = -5;
+
 /// One container: how its handles and frames are made, and what it promises beyond what all do.
 class Container
 {

@@ -1,7 +1,6 @@
 #include "Mp4Samples.h"
 
 #include <algorithm>
-#include <string_view>
 
 #include "Require.h"
 #include "readers/AnnexBReference.h"

@@ -5,6 +5,7 @@
 #include <new>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "CallSequence.h"
 #include "Mp4Samples.h"
@@ -56,9 +57,10 @@ void Uncover(Bytes& file)
               file.begin() + static_cast<std::ptrdiff_t>(free->offset));
 }
 
-bool IsRefusal(int result)
+void RequireResult(int result, bool plenty, const char* what)
 {
-    return result == SG_ERR_PARAM_ERR || result == SG_ERR_MEMORY_OUT;
+    const bool shortage = result == SG_ERR_MEMORY_OUT && !plenty;
+    Require(result == 0 || result == SG_ERR_PARAM_ERR || shortage, what);
 }
 
 class Mp4 final : public Fuzz::Container
@@ -85,7 +87,8 @@ public:
 
     void AfterHeader(int result, const Fuzz::Output& output) override
     {
-        Require(result == 0 || IsRefusal(result), "result of the header call");
+        RequireResult(result, output.plenty, "result of the header call");
+        Account(output.blocks);
         Require(!m_open || result != 0, "a recording has one header");
         Require((result == 0) != output.blocks.empty(), "a refused header emits nothing");
         m_asked = true;
@@ -95,8 +98,8 @@ public:
 
     void AfterFrame(const Fuzz::FrameCall& call) override
     {
-        Require(call.result == 0 || IsRefusal(call.result), "result of the frame call");
-        Require(call.result != SG_ERR_MEMORY_OUT || !call.plenty, "there was memory");
+        RequireResult(call.result, call.plenty, "result of the frame call");
+        Account(call.blocks);
         if (call.blocks.empty()) return;
 
         Require(m_asked, "without a header call no frame is stored");
@@ -109,7 +112,8 @@ public:
 
     void AfterTailer(int result, const Fuzz::Output& output) override
     {
-        Require(result == 0 || IsRefusal(result), "result of the tailer call");
+        RequireResult(result, output.plenty, "result of the tailer call");
+        Account(output.blocks);
         Require(m_asked || (result != 0 && output.blocks.empty()),
                 "without a header call there is no tailer");
         Require(result == 0 || !m_open || !output.plenty, "a recording has its tailer");
@@ -144,6 +148,17 @@ public:
     }
 
 private:
+    /// Whatever the sink answers, and in every recording.
+    void Account(const std::vector<Fuzz::Block>& blocks)
+    {
+        for (const Fuzz::Block& block : blocks)
+        {
+            Require(block.origin == 0, "positions count from the start");
+            Require(block.position <= m_offered, "no block leaves a gap that no other filled");
+            m_offered += block.bytes.size();
+        }
+    }
+
     void CheckFile(Bytes file) const
     {
         Checked(
@@ -160,6 +175,7 @@ private:
 
     uint32_t m_type;
     bool m_noSeek;
+    uint64_t m_offered = 0;
     bool m_asked = false;  // for a header, be it in vain; frames are stored from then on
     bool m_open = false;
     bool m_gap = false;

@@ -111,6 +111,7 @@ public:
     void AfterBackup(int size, const SGOutputData& backup, const Fuzz::Output& /*output*/) override
     {
         Require(size == 0 && backup.data_pointer == nullptr, "there is no backup");
+        Require(backup.data_size == Fuzz::kNoBackup, "the backup record is left alone");
     }
 
 private:
@@ -119,7 +120,7 @@ private:
     {
         if (result == SG_ERR_NOERR) return false;
 
-        Require(!output.plenty, "a header is refused without memory");
+        Require(result == SG_ERR_PARAM_ERR && !output.plenty, "a header is refused without memory");
         Require(output.blocks.empty(), "a refused header emits nothing");
         return true;
     }
