@@ -202,5 +202,28 @@ TEST(AllocationOfTheTailer, ClosesTheReserveWhenTheMovieHasOutgrownItSince)
     EXPECT_EQ(Readers::TypesOf(Readers::ReadBoxes(sink.Image())), "ftyp free mdat moov");
 }
 
+TEST(AllocationOfTheTailer, ClosesTheReserveOnceWhenItFailsAgain)
+{
+    constexpr uint32_t kReserve = 200;
+    AllocatorLog log;
+    SeekingSink sink;
+    Recorder recorder(kMp4.type, Create(sink));
+    recorder.Header(kReserve);
+    log.FailCall(1);
+    EXPECT_EQ(recorder.Tailer(), SG_ERR_PARAM_ERR);
+    recorder.Input(H264I(kIFrame));
+    ASSERT_EQ(sink.Blocks().size(), 5u);
+
+    log.FailCall(1);
+    EXPECT_EQ(recorder.Tailer(), SG_ERR_PARAM_ERR);
+    ASSERT_EQ(sink.Blocks().size(), 6u);
+    EXPECT_EQ(sink.Blocks()[5].position, 32);
+    EXPECT_EQ(sink.Blocks()[5].size, 8 + kReserve);
+
+    EXPECT_EQ(recorder.Tailer(), SG_ERR_NOERR);
+    EXPECT_EQ(sink.Blocks().size(), 8u);  // the movie and the header of the media data
+    EXPECT_EQ(Readers::TypesOf(Readers::ReadBoxes(sink.Image())), "ftyp free mdat moov");
+}
+
 }  // namespace
 }  // namespace Golden
